@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/rtl/exceptions.h"
-#include "platform/rtl/object.h"
+#include "platform/rtl/typinfo.h"
 
 // ---- Text encodings --------------------------------------------------------
 
@@ -113,8 +113,6 @@ class TStringStream : public TMemoryStream {
   KELMAR_CLASS(TStringStream, TMemoryStream)
  public:
   explicit TStringStream(const String& AString = String(), TEncoding Encoding = TEncoding::Default);
-  // Bytes taken as they are (already in the stream's encoding).
-  TStringStream(std::string_view Bytes, TEncoding Encoding);
 
   // The whole content decoded.
   String DataString() const;

@@ -15,6 +15,7 @@
 // is set: it deletes an object with its line.
 #pragma once
 
+#include <concepts>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -152,7 +153,8 @@ class TStrings : public TPersistent {
   [[noreturn]] void IndexError(int Index) const;
 
  private:
-  void LoadBytes(std::string_view Bytes, const TEncoding* Encoding);
+  // Encoding null: found from the byte order mark.
+  void Load(TStream* Stream, const TEncoding* Encoding);
 
   WideChar delimiter_ = u',';
   WideChar quoteChar_ = u'"';
@@ -172,7 +174,12 @@ class TStringList : public TStrings {
   KELMAR_CLASS(TStringList, TStrings)
  public:
   TStringList();
-  explicit TStringList(bool OwnsObjects);
+  // Only a bool: a list is not made from an owner component.
+  template <class B>
+    requires std::same_as<B, bool>
+  explicit TStringList(B OwnsObjects) : TStringList() {
+    ownsObjects_ = OwnsObjects;
+  }
   TStringList(const TStringList&) = delete;
   TStringList& operator=(const TStringList&) = delete;
   ~TStringList() override;
@@ -236,7 +243,6 @@ class TStringList : public TStrings {
 
   void CheckIndex(int Index) const;
   void InsertItem(int Index, const String& S, TObject* AObject);
-  void Rebuild(std::vector<Item> items);
   void Touch();  // the lines changed: cached lookups are stale
 
   std::vector<Item> items_;
