@@ -103,7 +103,10 @@ class TCollection : public TPersistent {
   // After a change outside an update bracket: the changed item, or null
   // when several changed.
   virtual void Update([[maybe_unused]] TCollectionItem* Item) {}
-  // When an item has joined, is leaving, or is about to be deleted.
+  // When an item has joined, is leaving, or is about to be deleted. An
+  // item made by Add() is announced once built; one made directly with
+  // `new TItem(collection)` is announced from TCollectionItem's
+  // constructor, before its own class's part is built.
   virtual void Notify([[maybe_unused]] TCollectionItem* Item, [[maybe_unused]] TCollectionNotification Action) {}
   void Changed();
 
@@ -111,12 +114,14 @@ class TCollection : public TPersistent {
   friend class TCollectionItem;
   void InsertItem(TCollectionItem* Item);
   void RemoveItem(TCollectionItem* Item);
-  void MoveItem(int CurIndex, int NewIndex);
+  void Added(TCollectionItem* Item);
+  String PropName() const;
 
   TCollectionItemClass itemClass_;
   TList items_;
   int nextID_ = 0;
   int updateCount_ = 0;
+  bool adding_ = false;      // Add() tells of the item once it is built
   bool destroying_ = false;
 };
 
