@@ -462,6 +462,8 @@ class TStringList::NameIndex {
 namespace {
 // Shorter lists are scanned; the scan does not allocate.
 constexpr int kNameIndexMinCount = 32;
+// Lookups after a change that scan before the index is built.
+constexpr int kScansBeforeIndex = 2;
 }  // namespace
 
 TStringList::TStringList() = default;
@@ -477,7 +479,10 @@ void TStringList::CheckIndex(int Index) const {
   if (Index < 0 || Index >= GetCount()) IndexError(Index);
 }
 
-void TStringList::Touch() { nameIndex_.reset(); }
+void TStringList::Touch() {
+  nameIndex_.reset();
+  scansSinceTouch_ = 0;
+}
 
 void TStringList::Changing() {
   if (UpdateCount() == 0) {
@@ -625,19 +630,25 @@ bool TStringList::NameMatches(const String& Line, const String& Name) const {
 }
 
 int TStringList::IndexOf(const String& S) const {
-  if (!sorted_) return TStrings::IndexOf(S);
   int index = 0;
-  return Find(S, index) ? index : -1;
+  if (sorted_) return Find(S, index) ? index : -1;
+  for (const Item& item : items_) {
+    if (CompareStrings(item.Text, S) == 0) return index;
+    ++index;
+  }
+  return -1;
 }
 
 int TStringList::IndexOfName(const String& Name) const {
-  if (GetCount() < kNameIndexMinCount) {
+  const bool indexFits = nameIndex_ && nameIndex_->Fits(NameValueSeparator(), caseSensitive_);
+  // A scan is cheaper than an index that the next change drops again.
+  if (!indexFits && (GetCount() < kNameIndexMinCount || scansSinceTouch_ < kScansBeforeIndex)) {
+    ++scansSinceTouch_;
     for (int i = 0; i < GetCount(); ++i)
       if (NameMatches(items_[static_cast<size_t>(i)].Text, Name)) return i;
     return -1;
   }
-  if (!nameIndex_ || !nameIndex_->Fits(NameValueSeparator(), caseSensitive_))
-    nameIndex_ = std::make_unique<NameIndex>(*this, NameValueSeparator(), caseSensitive_);
+  if (!indexFits) nameIndex_ = std::make_unique<NameIndex>(*this, NameValueSeparator(), caseSensitive_);
   return nameIndex_->Find(Name);
 }
 

@@ -253,4 +253,5 @@ class TStringList : public TStrings {
   bool changedInUpdate_ = false;
   bool changingSent_ = false;
   mutable std::unique_ptr<NameIndex> nameIndex_;
+  mutable int scansSinceTouch_ = 0;
 };
