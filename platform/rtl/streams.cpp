@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/rtl/sysutils.h"
+#include "platform/rtl/typinfo.h"
 
 // ---- Text encodings --------------------------------------------------------
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/rtl/exceptions.h"
-#include "platform/rtl/typinfo.h"
+#include "platform/rtl/object.h"
 
 // ---- Text encodings --------------------------------------------------------
 
