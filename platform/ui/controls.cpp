@@ -233,7 +233,7 @@ void TControl::MouseMessage(TMessage& m) {
       bool wasPressed = leftPressed_;
       leftPressed_ = false;
       MouseUp(mbLeft, shift, x, y);
-      if (wasPressed && ClientRect().Contains({x, y})) Click();
+      if (wasPressed && ClientRect().Contains({x, y})) MouseClicked();
       break;
     }
     case WM_RBUTTONDOWN: MouseDown(mbRight, shift, x, y); break;

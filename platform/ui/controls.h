@@ -168,6 +168,9 @@ class TControl : public TComponent {
   virtual void EnabledChanged() {}
   virtual void Resize() { OnResize(this); }
   virtual void FontChanged(TObject*) { Invalidate(); }
+  // A click of the left button released over the control. Check boxes and
+  // radio buttons change state here before their Click.
+  virtual void MouseClicked() { Click(); }
   void Notification(TComponent* AComponent, TOperation Operation) override;
 
  private:
