@@ -43,6 +43,16 @@ bool IsComparison(const TToken& t) {
   return s == "=" || s == "<" || s == ">" || s == "<=" || s == ">=" || s == "<>" || s == "!=" || s == "^=";
 }
 
+bool IsStatementStart(const TToken& t) {
+  static constexpr std::string_view kVerbs[] = {"SELECT", "WITH",     "INSERT",  "UPDATE",  "DELETE", "REPLACE",
+                                                "VALUES", "CREATE",   "DROP",    "ALTER",   "PRAGMA", "SAVEPOINT",
+                                                "RELEASE", "ROLLBACK", "EXPLAIN", "ANALYZE", "VACUUM", "REINDEX"};
+  if (IsSymbol(t, "(")) return true;
+  for (std::string_view verb : kVerbs)
+    if (IsKeyword(t, verb)) return true;
+  return false;
+}
+
 bool IsName(const TToken& t) { return t.Kind == tkWord || t.Kind == tkQuoted; }
 
 std::string NameOf(const TToken& t) { return t.Kind == tkQuoted ? std::string(t.Name) : FoldName(t.Name); }
@@ -74,6 +84,8 @@ class TTranslator {
       TDbStatus status = Ddl(end, handled);
       if (handled || !status) return status;
     }
+    if (!IsStatementStart(t_[0]))
+      return TDbStatus::Error(900, u"invalid SQL statement (\"" + String::FromUtf8(t_[0].Text) + u"\")");
     for (size_t i = 0; i < end; ++i)
       if (IsSymbol(t_[i], ";")) return TDbStatus::Error(911, u"invalid character \";\": one statement at a time");
     p_.Kind = skStatement;
