@@ -656,6 +656,7 @@ void TDataSet::Edit() {
   CheckOperation(
       [&] {
         if (!CurrentRow(row)) DatabaseError(u"No current record", this);
+        InternalEdit();
         oldValues_ = store_.Save(row);
       },
       OnEditError);

@@ -218,6 +218,8 @@ class TDataSet : public TComponent {
   virtual int FetchBlockSize() const { return 25; }
   // Records held are only the current block (unidirectional cursors).
   virtual bool KeepsOnlyCurrentBlock() const { return false; }
+  // Before the old values are kept: a chance to lock or re-read.
+  virtual void InternalEdit() {}
   // Write the current record to where records come from; raise to refuse.
   virtual void InternalPost(bool inserting) {}
   virtual void InternalDelete() {}
