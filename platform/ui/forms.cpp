@@ -197,6 +197,8 @@ void TCustomForm::VisibleChanged() {
   }
 }
 
+KELMAR_PUBLISH(TForm) {}
+
 // ---- TScreen -----------------------------------------------------------------------
 
 KELMAR_PUBLISH(TScreen) {}
