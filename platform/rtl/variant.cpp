@@ -36,9 +36,10 @@ int64_t Currency::FromUnits(int64_t units) {
 }
 
 int64_t Currency::FromDouble(double value) {
-  // 2^63 / 10000; the scaled value is then rounded half away from zero.
-  if (!std::isfinite(value) || std::fabs(value) >= 922337203685477.5807) Overflow();
-  return std::llround(value * static_cast<double>(kCurrencyScale));
+  // Rounded half away from zero; the bound is 2^63, so the result fits.
+  const double scaled = value * static_cast<double>(kCurrencyScale);
+  if (!(std::fabs(scaled) < 9223372036854775808.0)) Overflow();
+  return std::llround(scaled);
 }
 
 void Currency::Overflow() { throw ERangeError(u"Currency value out of range"); }
@@ -387,8 +388,11 @@ Currency Variant::AsCurrency() const {
     }
     default: {
       const double d = ToDouble(*this, varCurrency);
-      if (!std::isfinite(d) || std::fabs(d) >= 922337203685477.5807) RaiseOverflow(type_, varCurrency);
-      return Currency(d);
+      try {
+        return Currency(d);
+      } catch (const ERangeError&) {
+        RaiseOverflow(type_, varCurrency);
+      }
     }
   }
 }

@@ -54,10 +54,7 @@ class Currency {
   constexpr Currency() = default;
   template <std::integral T>
     requires(!std::same_as<T, bool>)
-  Currency(T units) : Val(FromUnits(static_cast<int64_t>(units))) {
-    if constexpr (std::is_unsigned_v<T> && sizeof(T) >= sizeof(int64_t))
-      if (units > static_cast<T>(INT64_MAX)) Overflow();
-  }
+  Currency(T units) : Val(FromUnits(ToInt64(units))) {}
   template <std::floating_point T>
   Currency(T value) : Val(FromDouble(static_cast<double>(value))) {}
 
@@ -83,6 +80,12 @@ class Currency {
   int64_t Val = 0;
 
  private:
+  template <class T>
+  static int64_t ToInt64(T units) {
+    if constexpr (std::is_unsigned_v<T> && sizeof(T) >= sizeof(int64_t))
+      if (units > static_cast<T>(INT64_MAX)) Overflow();
+    return static_cast<int64_t>(units);
+  }
   static int64_t FromUnits(int64_t units);
   static int64_t FromDouble(double value);
   [[noreturn]] static void Overflow();

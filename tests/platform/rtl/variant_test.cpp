@@ -360,6 +360,10 @@ TEST(CurrencyType, RoundingAndLimits) {
   EXPECT_EQ((Currency(1) / Currency(3)).Val, 3333);
   EXPECT_EQ((Currency(2) / Currency(3)).Val, 6667);
   EXPECT_THROW(Currency(1e18), ERangeError);
+  EXPECT_THROW(Currency(922337203685477.6), ERangeError);  // just past the range
+  EXPECT_THROW(Currency(std::nan("")), ERangeError);
+  EXPECT_THROW(Currency(UINT64_MAX), ERangeError);
+  EXPECT_THROW(Variant(1e300).AsCurrency(), EVariantOverflowError);
   EXPECT_THROW(Currency(int64_t{1} << 62), ERangeError);
   EXPECT_THROW(Currency::FromVal(INT64_MAX) + Currency::FromVal(1), ERangeError);
   EXPECT_EQ(CurrToStr(Currency::FromVal(INT64_MIN)), u"-922337203685477.5808");
