@@ -3,8 +3,8 @@
 // and the conversion and comparison rules of the historical framework.
 //
 // A Variant is a 16-byte tagged union. Scalars live inline; strings and
-// arrays live on the heap, shared between copies and copied on write, so
-// copying any Variant is cheap.
+// arrays live on the heap, shared between copies (an array is copied when a
+// shared one is written to), so copying any Variant is cheap.
 //
 // Conversions. `int n = v;`, `String s = v;`, `double d = v;`,
 // `TDateTime t = v;`, `bool b = v;` work as the kit writes them: the
