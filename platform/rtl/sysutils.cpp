@@ -351,8 +351,8 @@ TFloatRec ExactDigits(double value) {
     rec.Digits = std::isnan(value) ? "NAN" : "INF";
     return rec;
   }
+  if (value == 0) return rec;  // never a negative zero
   rec.Negative = std::signbit(value);
-  if (value == 0) return rec;
   char buf[80];
   std::snprintf(buf, sizeof buf, "%.40e", std::fabs(value));
   // d.dddd...e+XX

@@ -149,6 +149,7 @@ TEST(NumberTest, FixedFormatsRoundHalfAwayFromZero) {
   EXPECT_EQ(FloatToStrF(0.05, ffFixed, 15, 1), u"0.1");
   EXPECT_EQ(FloatToStrF(0.004, ffFixed, 15, 1), u"0.0");
   EXPECT_EQ(FloatToStrF(-0.001, ffFixed, 15, 2), u"0.00");  // no negative zero
+  EXPECT_EQ(FloatToStrF(-0.0, ffFixed, 15, 2), u"0.00");
   EXPECT_EQ(FloatToStrF(9.999, ffFixed, 15, 2), u"10.00");
   EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2), u"1,234,567.89");
   EXPECT_EQ(FloatToStrF(-999.5, ffNumber, 15, 0), u"-1,000");
