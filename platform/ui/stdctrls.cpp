@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/db/editmask.h"
 #include "platform/os/clipboard.h"
 #include "platform/rtl/sysutils.h"
 #include "platform/ui/dialogs.h"
@@ -283,8 +282,21 @@ void TCustomMaskEdit::SetTextValue(const String& value) {
     inherited::SetTextValue(value);
     return;
   }
-  String formatted = FormatMaskText(editMask_, value);
-  Buffer().SetText(formatted);
+  // A value as long as the mask holds its literals; a shorter one gives
+  // the editable positions only.
+  bool withLiterals = value.Length() == static_cast<int>(slots_.size());
+  String edit;
+  int from = 1;
+  for (const Slot& s : slots_) {
+    if (s.MaskChar == 0) {
+      edit += s.Literal;
+      if (withLiterals) ++from;
+      continue;
+    }
+    WideChar c = from <= value.Length() ? value[from++] : blank_;
+    edit += c == u' ' ? blank_ : c;
+  }
+  Buffer().SetText(edit);
 }
 
 int TCustomMaskEdit::NextSlot(int from) const {

@@ -148,8 +148,10 @@ class TEdit : public TCustomEdit {
   explicit TEdit(TComponent* AOwner) : TCustomEdit(AOwner) {}
 };
 
-// An edit box laid out by an edit mask, "mask;save literals;blank" (see
-// platform/db/editmask.h). EditText is the text with its literals and
+// An edit box laid out by an edit mask, "mask;save literals;blank": 0 and
+// 9 digits, # digit or sign, L l letters, A a letters or digits, C c any;
+// upper case required, lower case optional; "\\" quotes a literal, ">" and
+// "<" change case. EditText is the text with its literals and
 // blanks; Text drops the literals when the mask says not to save them.
 class TCustomMaskEdit : public TCustomEdit {
   KELMAR_CLASS(TCustomMaskEdit, TCustomEdit)
