@@ -1,0 +1,1 @@
+declare PRAGMA AUTONOMOUS_TRANSACTION;begin update t set a=1 where "ROWID" = :OLD_ROWID;commit;end;

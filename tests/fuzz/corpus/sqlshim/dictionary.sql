@@ -1,0 +1,1 @@
+SELECT cols.column_name as Name,nullable FROM all_tab_columns cols where cols.table_name = :TABNAME order by column_id
