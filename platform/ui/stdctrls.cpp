@@ -6,6 +6,7 @@
 #include "platform/rtl/sysutils.h"
 #include "platform/ui/dialogs.h"
 #include "platform/ui/forms.h"
+#include "platform/ui/textlines.h"
 
 namespace {
 
@@ -366,74 +367,6 @@ KELMAR_PUBLISH(TMaskEdit) {}
 
 // ---- TCustomMemo --------------------------------------------------------------------------
 
-namespace {
-
-// The memo's lines, read from and written to its text.
-class TMemoStrings final : public TStrings {
- public:
-  explicit TMemoStrings(TCustomMemo* memo) : memo_(memo) {}
-
-  String Get(int Index) const override {
-    auto lines = Split();
-    CheckIndex(Index, static_cast<int>(lines.size()));
-    return lines[static_cast<size_t>(Index)];
-  }
-  int GetCount() const override { return static_cast<int>(Split().size()); }
-  void Put(int Index, const String& S) override {
-    auto lines = Split();
-    CheckIndex(Index, static_cast<int>(lines.size()));
-    lines[static_cast<size_t>(Index)] = S;
-    Join(lines);
-  }
-  void Insert(int Index, const String& S) override {
-    auto lines = Split();
-    CheckIndex(Index, static_cast<int>(lines.size()) + 1);
-    lines.insert(lines.begin() + Index, S);
-    Join(lines);
-  }
-  void Delete(int Index) override {
-    auto lines = Split();
-    CheckIndex(Index, static_cast<int>(lines.size()));
-    lines.erase(lines.begin() + Index);
-    Join(lines);
-  }
-  void Clear() override { memo_->SetText(String()); }
-
- private:
-  static void CheckIndex(int index, int count) {
-    if (index < 0 || index >= count) throw EStringListError(u"List index out of bounds (" + IntToStr(index) + u")");
-  }
-  std::vector<String> Split() const {
-    std::vector<String> lines;
-    String text = memo_->Text();
-    if (text.IsEmpty()) return lines;
-    String line;
-    for (int i = 1; i <= text.Length(); ++i) {
-      WideChar c = text[i];
-      if (c == u'\r' || c == u'\n') {
-        lines.push_back(line);
-        line = String();
-        if (c == u'\r' && i < text.Length() && text[i + 1] == u'\n') ++i;
-      } else {
-        line += c;
-      }
-    }
-    WideChar lastChar = text[text.Length()];
-    if (!line.IsEmpty() || (lastChar != u'\r' && lastChar != u'\n')) lines.push_back(line);
-    return lines;
-  }
-  void Join(const std::vector<String>& lines) {
-    String text;
-    for (size_t i = 0; i < lines.size(); ++i) {
-      if (i) text += u"\r\n";
-      text += lines[i];
-    }
-    memo_->SetText(text);
-  }
-  TCustomMemo* memo_;
-};
-
-}  // namespace
 
 KELMAR_PUBLISH(TCustomMemo) {
   r.Prop(u"Lines", &TCustomMemo::Lines, &TCustomMemo::SetLines);
@@ -443,7 +376,9 @@ KELMAR_PUBLISH(TCustomMemo) {
   r.Prop(u"WordWrap", &TCustomMemo::WordWrap, &TCustomMemo::SetWordWrap).Default = 1;
 }
 
-TCustomMemo::TCustomMemo(TComponent* AOwner) : TCustomEdit(AOwner), lines_(std::make_unique<TMemoStrings>(this)) {
+TCustomMemo::TCustomMemo(TComponent* AOwner)
+    : TCustomEdit(AOwner),
+      lines_(std::make_unique<TTextLines>([this] { return Text(); }, [this](const String& t) { SetText(t); })) {
   SetAutoSelect(false);
   SetBounds(0, 0, 185, 89);
 }
