@@ -178,9 +178,9 @@ class TField : public TComponent {
   // Text: Text is the edit form, DisplayText the display form; both go
   // through OnGetText when it is assigned. Setting Text goes through
   // OnSetText, or is read as AsString.
-  String Text() const { return GetText(false); }
+  String Text() const { return GetTextWithEvent(false); }
   void SetText(const String& v);
-  String DisplayText() const { return GetText(true); }
+  String DisplayText() const { return GetTextWithEvent(true); }
   // The text an editor starts from: Text laid out by EditMask.
   String EditText() const;
   void SetEditText(const String& v) { SetText(v); }

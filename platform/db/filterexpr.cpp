@@ -305,18 +305,19 @@ class TParser {
       Take();
       return n;
     }
+    size_t mark = i_;
     TToken op = Take();
     if (op.Kind != tkOp || op.Text == u"-") {
       if (!n->LeftField && n->Left.Kind == TValue::Bool) {
         // A lone TRUE or FALSE.
-        --i_;
+        i_ = mark;
         n->Kind = Node::Const;
         n->Value = n->Left.Num != 0;
         return n;
       }
       if (n->LeftField && n->LeftField->DataType() == ftBoolean && op.Kind != tkOp) {
         // A boolean field alone means "field = TRUE".
-        --i_;
+        i_ = mark;
         n->Kind = Node::Compare;
         n->Right.Kind = TValue::Bool;
         n->Right.Num = 1;
