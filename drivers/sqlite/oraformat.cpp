@@ -284,9 +284,9 @@ int FormatOraNumber(double value, std::string_view format, std::string& out) {
   }
   // The sign stands just before the first printed character.
   const size_t first = body.find_first_not_of(' ');
-  const std::string sign = negative ? "-" : " ";
+  const char sign = negative ? '-' : ' ';
   if (first == std::string::npos) body = " " + body + sign;
-  else body.insert(first, sign);
+  else body = body.substr(0, first) + sign + body.substr(first);
   if (body.size() > format.size() + 1) body.erase(0, body.size() - format.size() - 1);
   if (fm) {
     const size_t from = body.find_first_not_of(' ');

@@ -217,7 +217,9 @@ String TSQLiteStatement::Label(int column) const {
   const char* name = sqlite3_column_name(cursor_, column);
   if (!name) return String();
   // A quoted alias keeps its case, as in Oracle; other names are upper case.
-  if (sql_.find("\"" + std::string(name) + "\"") != std::string::npos) return String::FromUtf8(name);
+  std::string quoted(1, '"');
+  quoted.append(name).push_back('"');
+  if (sql_.find(quoted) != std::string::npos) return String::FromUtf8(name);
   return UpperLabel(name);
 }
 

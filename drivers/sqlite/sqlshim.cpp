@@ -351,7 +351,8 @@ class TTranslator {
           step.Params.push_back(index);
           local[index] = static_cast<int>(step.Params.size());
         }
-        text = "?" + std::to_string(local[index]);
+        text = '?';
+        text += std::to_string(local[index]);
       } else if (size_t n = SequenceCall(i, e, text)) {
         used = n;
       } else if (t.Kind == tkWord && !afterDot && i + 3 < e && IsSymbol(t_[i + 1], ".") && t_[i + 2].Kind == tkWord &&
@@ -373,7 +374,7 @@ class TTranslator {
       } else if (t.Kind == tkString && !inSet && IsNlsDateLiteral(t.Name)) {
         text = DateLiteral(b, i);
       } else if (t.Kind == tkWord && t.Name.find('#') != std::string_view::npos) {
-        text = "\"" + std::string(t.Name) + "\"";
+        text.assign(1, '"').append(t.Name).push_back('"');
       } else {
         text = t.Text;
       }
