@@ -30,11 +30,11 @@ enum TFieldFormatClass : int {
 // "CONT_...". A TDateField is a date, a TTimeField a time; other date-time
 // fields go by the end of the name: "...DATETIME" both, "...TIME" a time,
 // the rest a date. 0 for a null field.
-int FieldFormatClass(const TField* field);
+TFieldFormatClass FieldFormatClass(const TField* field);
 // The class's defaults; empty for class 0 and unknown classes. The content
 // class uses the dot character of the active TGridPropCmp.
-String FormatClassDisplayFormat(int formatClass);
-String FormatClassEditMask(int formatClass);
+String FormatClassDisplayFormat(TFieldFormatClass formatClass);
+String FormatClassEditMask(TFieldFormatClass formatClass);
 
 // ---- After open ----------------------------------------------------------------------
 
