@@ -5,6 +5,7 @@
 #include "drivers/sqlite/columntype.h"
 #include "drivers/sqlite/datetext.h"
 #include "drivers/sqlite/oraerrors.h"
+#include "drivers/sqlite/oraformat.h"
 #include "drivers/sqlite/sqliteconnection.h"
 #include "drivers/sqlite/sqlitevalue.h"
 #include "platform/rtl/sysutils.h"
@@ -312,8 +313,10 @@ double TSQLiteStatement::AsFloat(int column) const {
   if (!OnRow(column)) return 0;
   if (dates_[static_cast<size_t>(column)] && sqlite3_column_type(cursor_, column) == SQLITE_TEXT) {
     double days = 0;
-    StoredDateToDays(AsUtf8(column), days);
-    return days;
+    if (StoredDateToDays(AsUtf8(column), days)) return days;
+    // Text written by a literal in the session's format still reads as a date.
+    TCivilTime t;
+    return ParseOraDate(AsUtf8(column), std::string_view(), t) == 0 ? CivilToDays(t) : 0;
   }
   return sqlite3_column_double(cursor_, column);
 }

@@ -279,6 +279,8 @@ class TTranslator {
   }
 
   TDbStatus Statement(size_t b, size_t e, bool inBlock) {
+    for (size_t i = b; i < e; ++i)  // parameters are numbered in order of first appearance
+      if (t_[i].Kind == tkParam) ParamIndex(t_[i].Name);
     TShimStep step;
     step.Verb = VerbOf(t_, b, e);
     if (inBlock && step.Verb == svOther)

@@ -123,6 +123,11 @@ TEST_F(EngineTest, DatesRoundTripThroughBindStorageComparisonAndFetch) {
   ASSERT_TRUE(s->Fetch(row));
   ASSERT_TRUE(s->Fetch(row));
   EXPECT_NEAR(s->AsFloat(0), -1.25, 1e-9);
+  // A literal in the session's format, written as it stands, still reads as a date.
+  Exec(u"INSERT INTO docs VALUES (4, '15.03.2015 12:00')");
+  ASSERT_TRUE(Run(*db, u"SELECT made FROM docs WHERE id = 4", {}, &s));
+  ASSERT_TRUE(s->Fetch(row));
+  EXPECT_DOUBLE_EQ(s->AsFloat(0), 42078.5);
 }
 
 TEST_F(EngineTest, EmptyTextBindsAsNullAsInOracle) {

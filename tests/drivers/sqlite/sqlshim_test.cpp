@@ -134,6 +134,18 @@ TEST_F(ShimTest, ABlockIsAllOrNothing) {
   EXPECT_EQ(Value(u"SELECT price FROM goods WHERE id = 1"), "10.5");
   EXPECT_EQ(ErrorOf(u"BEGIN SELECT id INTO :x FROM goods WHERE id = 42; END;"), 1403);
   EXPECT_EQ(ErrorOf(u"BEGIN SELECT id INTO :x FROM goods; END;"), 1422);
+  // Parameters come in the order they are written, INTO targets included.
+  std::unique_ptr<TDbStatement> s;
+  ASSERT_TRUE(db->Prepare(u"BEGIN SELECT :a + 1 INTO :x FROM dual; UPDATE goods SET price = :x WHERE id = :B; END;", s));
+  ASSERT_EQ(s->ParamCount(), 3);
+  EXPECT_EQ(s->ParamName(0), u"a");
+  EXPECT_EQ(s->ParamName(1), u"x");
+  EXPECT_EQ(s->ParamName(2), u"B");
+  ASSERT_TRUE(s->Bind(u"A", TDbValue::Integer(41)));
+  ASSERT_TRUE(s->Bind(u"b", TDbValue::Integer(3)));
+  ASSERT_TRUE(s->Execute());
+  EXPECT_EQ(s->OutValue(u"X").Int, 42);
+  EXPECT_EQ(Value(u"SELECT price FROM goods WHERE id = 3"), "42");
 }
 
 TEST_F(ShimTest, OtherPlsqlFailsClearly) {
