@@ -123,16 +123,14 @@ void Nvl2(sqlite3_context* c, int, TArgs a) { sqlite3_result_value(c, IsNull(a[0
 // compared with the number a text reads as.
 bool SameValue(sqlite3_value* x, sqlite3_value* y) {
   if (IsNull(x) || IsNull(y)) return IsNull(x) && IsNull(y);
-  const int tx = sqlite3_value_type(x);
-  if (tx == SQLITE_INTEGER || tx == SQLITE_FLOAT) {
-    TOraNumber a, b;
-    const int ty = sqlite3_value_type(y);
-    if (ty == SQLITE_INTEGER || ty == SQLITE_FLOAT) return sqlite3_value_double(x) == sqlite3_value_double(y);
-    if (!ParseOraNumber(Text(y), b)) return false;
-    a.Float = sqlite3_value_double(x);
-    return a.Float == b.Float;
-  }
-  return Text(x) == Text(y);
+  const auto numeric = [](sqlite3_value* v) {
+    const int type = sqlite3_value_type(v);
+    return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
+  };
+  if (!numeric(x)) return Text(x) == Text(y);
+  if (numeric(y)) return sqlite3_value_double(x) == sqlite3_value_double(y);
+  TOraNumber other;
+  return ParseOraNumber(Text(y), other) && sqlite3_value_double(x) == other.Float;
 }
 
 void Decode(sqlite3_context* c, int n, TArgs a) {
