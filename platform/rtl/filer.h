@@ -119,7 +119,8 @@ class TWriter : public TFiler {
   void WriteProperty(TPersistent* Instance, const TPropInfo& Info, const String& Prefix);
   void WriteObjectProperty(TObject* Value, const String& Path);
   String ReferenceName(TComponent* Value) const;
-  void WriteBytes(const void* Data, int64_t Count);
+
+  std::vector<const TObject*> writing_;  // objects whose properties are being written
 };
 
 class TReader : public TFiler {
@@ -133,11 +134,11 @@ class TReader : public TFiler {
   TComponent* ReadRootComponent(TComponent* Root);
   // Raises EReadError "Invalid stream format" when "TPF0" is not next.
   void ReadSignature();
-  // Reads a component header and body, owned by Owner; reuses Owner's
-  // component of that name when it has one. Needs a root (ReadRootComponent
-  // sets it).
-  TComponent* ReadComponent(TComponent* Owner);
+  // Skips the historical prefix of a component header (the flags byte
+  // $F0..$FF and, with ffChildPos, a child position) when there is one.
+  void ReadPrefix();
   // One name/value pair into Instance; an unknown name skips the value.
+  // Component references are set by ReadRootComponent, once all is read.
   void ReadProperty(TPersistent* Instance);
   // vaCollection, then the items into Collection, which is cleared first.
   void ReadCollection(TCollection* Collection);
@@ -177,18 +178,22 @@ class TReader : public TFiler {
   };
   class DepthGuard;
 
+  // A component header and body, owned by Owner; Owner's component of that
+  // name is reused when there is one.
+  TComponent* ReadComponent(TComponent* Owner);
+  void BeginReading(TComponent* Component);
   void ReadData(TComponent* Component);
   void ReadPropValue(TPersistent* Instance, const TPropInfo& Info);
   void ReadObjectValue(TPersistent* Instance, const TPropInfo& Info);
   void ReadStrings(TStrings* Strings);
   void ResolveFixups();
-  void SkipPrefix();
   void SkipBytes(int64_t Count);
   int64_t ReadLength();
   void ReadBytes(void* Buffer, int64_t Count);
   [[noreturn]] static void PropValueError();
 
-  std::vector<TComponent*> loaded_;
+  std::vector<TComponent*> loaded_;   // in reading order, for Loaded()
+  std::vector<TComponent*> created_;  // made by this read, deleted if it fails
   std::vector<Fixup> fixups_;
   std::vector<TCollection*> collections_;  // being read, outermost first
   int depth_ = 0;

@@ -1,5 +1,7 @@
 #include "platform/rtl/typinfo.h"
 
+#include <limits>
+
 namespace {
 
 const TPropInfo* Find(const TObject* obj, const String& name) {
@@ -160,4 +162,106 @@ void SetSetProp(TObject* obj, const TPropInfo& info, const String& text) {
     mask |= uint64_t{1} << v;
   }
   SetOrdProp(obj, info, static_cast<int64_t>(mask));
+}
+
+// ---- Properties as Variants ------------------------------------------------
+
+namespace {
+
+[[noreturn]] void InvalidValue(const Variant& value) {
+  String text = value.IsArray() ? String(u"(Array)") : value.IsNull() ? String(u"Null") : VarToStr(value);
+  throw EPropertyError(u"Invalid property value: " + text);
+}
+
+// Runs a Variant conversion; its failure becomes the property's error.
+template <class F>
+auto Converted(const Variant& value, F convert) {
+  try {
+    return convert();
+  } catch (const EVariantError&) {
+    InvalidValue(value);
+  } catch (const EConvertError&) {
+    InvalidValue(value);
+  }
+}
+
+int64_t EnumOrdinal(const TPropInfo& info, const Variant& value) {
+  if (VarIsStr(value)) {
+    int byName = GetEnumValue(info, VarToStr(value));
+    if (byName >= 0) return byName;
+  }
+  int64_t n = Converted(value, [&] { return value.AsInt64(); });
+  if (!info.Names.empty() && (n < 0 || static_cast<size_t>(n) >= info.Names.size())) InvalidValue(value);
+  return n;
+}
+
+int64_t CharCode(const Variant& value) {
+  if (!VarIsStr(value)) return Converted(value, [&] { return value.AsInteger(); });
+  String text = VarToStr(value);
+  if (text.Length() > 1) InvalidValue(value);
+  return text.IsEmpty() ? 0 : text[1];
+}
+
+}  // namespace
+
+Variant GetPropValue(const TObject* obj, const String& name) {
+  const TPropInfo* p = Find(obj, name);
+  return p ? GetPropValue(obj, *p) : Variant();
+}
+
+Variant GetPropValue(const TObject* obj, const TPropInfo& info) {
+  if (!obj || !info.Readable()) return Variant();
+  switch (info.Kind) {
+    case tkInteger:
+    case tkInt64:
+    case tkChar:
+    case tkWChar: {
+      int64_t n = GetOrdProp(obj, info);
+      if (n >= std::numeric_limits<int>::min() && n <= std::numeric_limits<int>::max()) return static_cast<int>(n);
+      return n;
+    }
+    case tkEnumeration: {
+      int64_t n = GetOrdProp(obj, info);
+      if (info.IsBoolean()) return n != 0;
+      if (n >= 0 && static_cast<size_t>(n) < info.Names.size()) return String(info.Names[static_cast<size_t>(n)]);
+      return n;
+    }
+    case tkSet: return GetSetProp(obj, info);
+    case tkFloat: return std::get<double>(info.Get(obj));
+    case tkString:
+    case tkLString:
+    case tkWString:
+    case tkUString: return std::get<String>(info.Get(obj));
+    case tkVariant: return std::get<Variant>(info.Get(obj));
+    default: return Variant();
+  }
+}
+
+void SetPropValue(TObject* obj, const String& name, const Variant& value) {
+  if (const TPropInfo* p = Find(obj, name)) SetPropValue(obj, *p, value);
+}
+
+void SetPropValue(TObject* obj, const TPropInfo& info, const Variant& value) {
+  if (!obj || !info.Writable()) return;
+  switch (info.Kind) {
+    case tkInteger: info.Set(obj, int64_t{Converted(value, [&] { return value.AsInteger(); })}); break;
+    case tkInt64: info.Set(obj, Converted(value, [&] { return value.AsInt64(); })); break;
+    case tkChar:
+    case tkWChar: info.Set(obj, CharCode(value)); break;
+    case tkEnumeration:
+      if (info.IsBoolean()) info.Set(obj, int64_t{Converted(value, [&] { return value.AsBoolean(); })});
+      else info.Set(obj, EnumOrdinal(info, value));
+      break;
+    case tkSet:
+      if (VarIsStr(value)) SetSetProp(obj, info, VarToStr(value));
+      else info.Set(obj, Converted(value, [&] { return value.AsInt64(); }));
+      break;
+    case tkFloat: info.Set(obj, Converted(value, [&] { return value.AsFloat(); })); break;
+    case tkString:
+    case tkLString:
+    case tkWString:
+    case tkUString: info.Set(obj, Converted(value, [&] { return VarToStr(value); })); break;
+    case tkVariant: info.Set(obj, value); break;
+    default: break;
+  }
 }

@@ -20,6 +20,7 @@
 #include "platform/rtl/object.h"
 #include "platform/rtl/sets.h"
 #include "platform/rtl/sysutils.h"
+#include "platform/rtl/variant.h"
 
 // Kinds with the historical numbering. Booleans are enumerations whose type
 // is named "Boolean"; text is tkUString.
@@ -30,8 +31,9 @@ enum TTypeKind {
 };
 
 // The value of a property in transit: ordinal kinds (integers, enumerations,
-// booleans, sets as a bit mask, characters) travel as int64_t.
-using TPropValue = std::variant<int64_t, double, String, TObject*, TMethod>;
+// booleans, sets as a bit mask, characters) travel as int64_t; tkVariant
+// properties as a Variant.
+using TPropValue = std::variant<int64_t, double, String, TObject*, TMethod, Variant>;
 
 struct TPropInfo {
   String Name;
@@ -100,6 +102,20 @@ TMethod GetPropMethod(const TObject* obj, const String& name, const TMethod& def
 // Does nothing when the method's signature is not the property's.
 void SetPropMethod(TObject* obj, const String& name, const TMethod& value);
 
+// Any readable property as a Variant: integers and characters as integers,
+// Booleans as Boolean, enumerations by element name (by number when the
+// value has no name), sets as "[a,b]", floats, text and Variants as they
+// are. Objects, events, write-only and missing properties give Unassigned.
+Variant GetPropValue(const TObject* obj, const String& name);
+Variant GetPropValue(const TObject* obj, const TPropInfo& info);
+// Sets any writable property of those kinds from a Variant, converting as
+// Variants convert: text to numbers, element names or "[a,b]" to
+// enumerations and sets, anything to text (Null to ""). Raises
+// EPropertyError "Invalid property value: x" when the value cannot be
+// converted; missing, read-only, object and event properties are left alone.
+void SetPropValue(TObject* obj, const String& name, const Variant& value);
+void SetPropValue(TObject* obj, const TPropInfo& info, const Variant& value);
+
 // Ordinal access for any ordinal kind (integers, enumerations, sets).
 int64_t GetOrdProp(const TObject* obj, const TPropInfo& info);
 void SetOrdProp(TObject* obj, const TPropInfo& info, int64_t value);
@@ -156,6 +172,9 @@ struct PropTraits {
     } else if constexpr (std::is_same_v<T, String>) {
       info.Kind = tkUString;
       info.TypeName = u"UnicodeString";
+    } else if constexpr (std::is_same_v<T, Variant>) {
+      info.Kind = tkVariant;
+      info.TypeName = u"Variant";
     } else if constexpr (IsEvent<T>::value) {
       info.Kind = tkMethod;
       info.TypeName = u"TMethod";
@@ -174,7 +193,7 @@ struct PropTraits {
     if constexpr (IsSet<T>::value) return static_cast<int64_t>(v.Mask());
     else if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<int64_t>(v);
     else if constexpr (std::is_floating_point_v<T>) return static_cast<double>(v);
-    else if constexpr (std::is_same_v<T, String>) return v;
+    else if constexpr (std::is_same_v<T, String> || std::is_same_v<T, Variant>) return v;
     else if constexpr (IsEvent<T>::value) return v.ToMethod();
     else return static_cast<TObject*>(v);
   }
@@ -192,9 +211,9 @@ struct PropTraits {
       if (const double* d = std::get_if<double>(&in)) out = static_cast<T>(*d);
       else if (const int64_t* i = std::get_if<int64_t>(&in)) out = static_cast<T>(*i);
       else return false;
-    } else if constexpr (std::is_same_v<T, String>) {
-      if (!std::holds_alternative<String>(in)) return false;
-      out = std::get<String>(in);
+    } else if constexpr (std::is_same_v<T, String> || std::is_same_v<T, Variant>) {
+      if (!std::holds_alternative<T>(in)) return false;
+      out = std::get<T>(in);
     } else if constexpr (IsEvent<T>::value) {
       if (!std::holds_alternative<TMethod>(in)) return false;
       const TMethod& m = std::get<TMethod>(in);
