@@ -63,7 +63,29 @@ class TIntCaption : public TComponent {
   int Caption = 5;
 };
 
+// Variants published both ways: a member, and a getter/setter pair.
+class TVariantHolder : public TComponent {
+  KELMAR_CLASS(TVariantHolder, TComponent)
+ public:
+  using TComponent::TComponent;
+  Variant Plain;
+  Variant Kept() const { return kept_; }
+  void SetKept(const Variant& v) {
+    kept_ = v;
+    ++keptWrites;
+  }
+  int keptWrites = 0;
+
+ private:
+  Variant kept_;
+};
+
 }  // namespace
+
+KELMAR_PUBLISH(TVariantHolder) {
+  r.Prop(u"Plain", &TVariantHolder::Plain);
+  r.Prop(u"Kept", &TVariantHolder::Kept, &TVariantHolder::SetKept);
+}
 
 KELMAR_PUBLISH(TSample) {
   r.Prop(u"Caption", &TSample::Caption, &TSample::SetCaption);
@@ -230,6 +252,112 @@ TEST(TypInfoTest, ClassesAreFoundByNameAndCreated) {
   EXPECT_EQ(made->ClassName(), u"TSampleChild");
   EXPECT_EQ(made->Owner(), &owner);
   EXPECT_EQ(TObject::StaticClass()->CreateComponent(&owner), nullptr);
+}
+
+TEST(TypInfoVariantTest, VariantPropertiesKeepTheirValueAsItIs) {
+  TVariantHolder h(nullptr);
+  for (const char16_t* name : {u"Plain", u"Kept"}) {
+    EXPECT_TRUE(IsPropType(&h, name, tkVariant));
+    EXPECT_EQ(GetPropInfo(&h, name)->TypeName, u"Variant");
+  }
+  EXPECT_TRUE(GetPropValue(&h, u"Kept").IsEmpty());
+  SetPropValue(&h, u"Kept", Null());
+  EXPECT_TRUE(h.Kept().IsNull());
+  EXPECT_EQ(h.keptWrites, 1);
+  SetPropValue(&h, u"plain", VarArrayOf({Variant(1), Variant(u"a")}));
+  ASSERT_TRUE(h.Plain.IsArray());
+  Variant back = GetPropValue(&h, u"Plain");
+  ASSERT_TRUE(back.IsArray());
+  EXPECT_EQ(back[1], u"a");
+  SetPropValue(&h, u"Kept", Currency(1.5));
+  EXPECT_EQ(GetPropValue(&h, u"Kept").VarType(), varCurrency);
+}
+
+TEST(TypInfoVariantTest, GetPropValueGivesEachKindItsVariant) {
+  TSample s(nullptr);
+  TComponent peer(nullptr);
+  s.SetCaption(u"Hi");
+  s.SetActive(true);
+  s.SetCount(-4);
+  s.SetRatio(0.5);
+  s.SetMode(cmDark);
+  s.Flags = {fA, fC};
+  s.SetPeer(&peer);
+  s.SetTag(intptr_t{1} << 40);
+  EXPECT_EQ(GetPropValue(&s, u"Caption"), u"Hi");
+  EXPECT_EQ(GetPropValue(&s, u"Active").VarType(), varBoolean);
+  EXPECT_TRUE(GetPropValue(&s, u"Active").AsBoolean());
+  EXPECT_EQ(GetPropValue(&s, u"Count").VarType(), varInteger);
+  EXPECT_EQ(GetPropValue(&s, u"Count"), -4);
+  EXPECT_EQ(GetPropValue(&s, u"Ratio"), 0.5);
+  EXPECT_EQ(GetPropValue(&s, u"Mode"), u"cmDark");
+  EXPECT_EQ(GetPropValue(&s, u"Flags"), u"[fA,fC]");
+  EXPECT_EQ(GetPropValue(&s, u"Tag"), int64_t{1} << 40);
+  s.SetMode(static_cast<TColorMode>(7));  // no name for it
+  EXPECT_EQ(GetPropValue(&s, u"Mode"), 7);
+  // Objects, events, write-only and missing properties: nothing.
+  for (const char16_t* name : {u"Peer", u"OnChange", u"CmdRun", u"Missing"})
+    EXPECT_TRUE(GetPropValue(&s, name).IsEmpty()) << String(name);
+  EXPECT_TRUE(GetPropValue(nullptr, u"Count").IsEmpty());
+}
+
+TEST(TypInfoVariantTest, SetPropValueConvertsAsVariantsConvert) {
+  TSample s(nullptr);
+  SetPropValue(&s, u"Count", u"12");
+  EXPECT_EQ(s.Count(), 12);
+  SetPropValue(&s, u"Count", 3.7);
+  EXPECT_EQ(s.Count(), 4);
+  SetPropValue(&s, u"Caption", 5);
+  EXPECT_EQ(s.Caption(), u"5");
+  SetPropValue(&s, u"Caption", Null());
+  EXPECT_EQ(s.Caption(), u"");
+  SetPropValue(&s, u"Active", u"True");
+  EXPECT_TRUE(s.Active());
+  SetPropValue(&s, u"Active", 0);
+  EXPECT_FALSE(s.Active());
+  SetPropValue(&s, u"Mode", u"CMLIGHT");
+  EXPECT_EQ(s.Mode(), cmLight);
+  SetPropValue(&s, u"Mode", 2);
+  EXPECT_EQ(s.Mode(), cmDark);
+  SetPropValue(&s, u"Flags", u"[fB]");
+  EXPECT_TRUE(s.Flags == Set<TFlag>({fB}));
+  SetPropValue(&s, u"Flags", 5);
+  EXPECT_TRUE(s.Flags == Set<TFlag>({fA, fC}));
+  SetPropValue(&s, u"Ratio", u"0.25");
+  EXPECT_EQ(s.Ratio(), 0.25);
+  TIntCaption other(nullptr);
+  SetPropValue(&other, u"Caption", u"7");  // the same name, another kind
+  EXPECT_EQ(other.Caption, 7);
+}
+
+TEST(TypInfoVariantTest, OnlyUnconvertibleValuesRaise) {
+  TSample s(nullptr);
+  s.SetCount(1);
+  s.SetMode(cmLight);
+  s.Flags = {fB};
+  struct Case {
+    const char16_t* prop;
+    Variant value;
+  };
+  const Case bad[] = {{u"Count", u"abc"}, {u"Count", 1e20},     {u"Mode", u"cmNope"}, {u"Mode", 9},
+                      {u"Flags", u"[fZ]"}, {u"Active", u"maybe"}, {u"Ratio", Null()}};
+  for (const Case& c : bad) {
+    try {
+      SetPropValue(&s, c.prop, c.value);
+      ADD_FAILURE() << "no error for " << String(c.prop) << " = " << c.value;
+    } catch (const EPropertyError& e) {
+      EXPECT_EQ(e.Message.Pos(u"Invalid property value"), 1) << e.Message;
+    }
+  }
+  EXPECT_EQ(s.Count(), 1);
+  EXPECT_EQ(s.Mode(), cmLight);
+  EXPECT_TRUE(s.Flags == Set<TFlag>({fB}));
+  // Where there is nothing to set, nothing is said.
+  SetPropValue(&s, u"Missing", u"abc");
+  SetPropValue(&s, u"Peer", u"abc");
+  SetPropValue(&s, u"OnChange", 1);
+  SetPropValue(nullptr, u"Count", u"abc");
+  EXPECT_EQ(s.Peer(), nullptr);
 }
 
 }  // namespace
