@@ -42,9 +42,9 @@ String UpperLabel(const char* name) { return UpperCase(String::FromUtf8(name ? n
 TSQLiteStatement::TSQLiteStatement(TSQLiteConnection* connection, std::shared_ptr<const TShimProgram> program,
                                    std::string sql)
     : connection_(connection), program_(std::move(program)), sql_(std::move(sql)) {
-  for (const std::string& name : program_->Params) keys_.push_back(FoldName(name));
-  values_.resize(keys_.size());
-  out_.resize(keys_.size());
+  for (size_t i = 0; i < program_->Params.size(); ++i) keys_.emplace(FoldName(program_->Params[i]), static_cast<int>(i));
+  values_.resize(program_->Params.size());
+  out_.resize(program_->Params.size());
 }
 
 TSQLiteStatement::~TSQLiteStatement() {
@@ -87,7 +87,7 @@ TDbStatus TSQLiteStatement::Compile() {
   return TDbStatus::Ok();
 }
 
-int TSQLiteStatement::ParamCount() const { return static_cast<int>(keys_.size()); }
+int TSQLiteStatement::ParamCount() const { return static_cast<int>(program_->Params.size()); }
 
 String TSQLiteStatement::ParamName(int index) const {
   if (index < 0 || index >= ParamCount()) return String();
@@ -95,10 +95,8 @@ String TSQLiteStatement::ParamName(int index) const {
 }
 
 int TSQLiteStatement::IndexOf(const String& name) const {
-  const std::string key = FoldName(name.ToUtf8());
-  for (size_t i = 0; i < keys_.size(); ++i)
-    if (keys_[i] == key) return static_cast<int>(i);
-  return -1;
+  const auto it = keys_.find(FoldName(name.ToUtf8()));
+  return it == keys_.end() ? -1 : it->second;
 }
 
 TDbStatus TSQLiteStatement::Bind(const String& name, const TDbValue& value) {

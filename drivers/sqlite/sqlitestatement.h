@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "drivers/sqlite/sqlshim.h"
@@ -61,7 +62,7 @@ class TSQLiteStatement final : public TDbStatement {
   std::shared_ptr<const TShimProgram> program_;
   std::string sql_;
   std::vector<sqlite3_stmt*> steps_;
-  std::vector<std::string> keys_;  // folded parameter names
+  std::unordered_map<std::string, int> keys_;  // folded parameter name -> index
   std::vector<TDbValue> values_, out_;
   std::vector<TDbColumn> columns_;
   std::vector<uint8_t> dates_;  // per column: holds dates as stored text

@@ -1,10 +1,13 @@
 #include "drivers/sqlite/sqlshim.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "drivers/sqlite/sqllexer.h"
 
 namespace {
+
+constexpr int kMaxNesting = 16;  // BEGIN ... END inside one another
 
 TDbStatus PlsqlError(const std::string& text) { return TDbStatus::Error(6550, String(text)); }
 
@@ -109,7 +112,8 @@ class TTranslator {
 
   // Statements separated by ";", each a SELECT ... INTO, a DML statement
   // or a nested BEGIN ... END block.
-  TDbStatus Body(size_t b, size_t e) {
+  TDbStatus Body(size_t b, size_t e, int depth = 0) {
+    if (depth > kMaxNesting) return PlsqlError("blocks nested too deeply");
     size_t i = b;
     while (i < e) {
       if (IsSymbol(t_[i], ";")) {
@@ -119,7 +123,7 @@ class TTranslator {
       if (IsKeyword(t_[i], "BEGIN")) {
         size_t close = 0;
         if (!MatchEnd(i, e, close)) return PlsqlError("BEGIN without its END");
-        TDbStatus status = Body(i + 1, close);
+        TDbStatus status = Body(i + 1, close, depth + 1);
         if (!status) return status;
         i = close + 1;
         continue;
@@ -226,12 +230,9 @@ class TTranslator {
   }
 
   int ParamIndex(std::string_view name) {
-    const std::string key = FoldName(name);
-    for (size_t i = 0; i < keys_.size(); ++i)
-      if (keys_[i] == key) return static_cast<int>(i);
-    keys_.push_back(key);
-    p_.Params.emplace_back(name);
-    return static_cast<int>(keys_.size() - 1);
+    const auto [it, added] = keys_.emplace(FoldName(name), static_cast<int>(p_.Params.size()));
+    if (added) p_.Params.emplace_back(name);
+    return it->second;
   }
 
   static TShimVerb VerbOf(const std::vector<TToken>& t, size_t b, size_t e) {
@@ -433,7 +434,7 @@ class TTranslator {
 
   const std::vector<TToken>& t_;
   TShimProgram& p_;
-  std::vector<std::string> keys_;
+  std::unordered_map<std::string, int> keys_;  // folded parameter name -> index
 };
 
 }  // namespace
