@@ -8,8 +8,6 @@
 
 #include "platform/db/connection.h"
 
-// The names of the sample tables.
-inline constexpr const char16_t* kSampleTables[] = {u"ACCOUNTS", u"PARTNERS", u"GOODS", u"DOCS", u"DOC_LINES"};
 // The benchmark table: ID, CODE, NAME, AMOUNT (float), QTY (integer), MADE
 // (date) and NOTE (40 characters).
 inline constexpr const char16_t* kRowsTable = u"BENCH_ROWS";
