@@ -8,6 +8,7 @@
 
 #include "platform/rtl/collection.h"
 #include "platform/rtl/stringlist.h"
+#include "platform/rtl/variant.h"
 
 KELMAR_PUBLISH(TFiler) {}
 KELMAR_PUBLISH(TWriter) {}
@@ -84,7 +85,10 @@ double GetExtended(TStream* s) {
   const int biased = head & 0x7FFF;
   if (biased == 0x7FFF) {
     if ((significand << 1) == 0) return sign * std::numeric_limits<double>::infinity();
-    return std::copysign(std::numeric_limits<double>::quiet_NaN(), sign);
+    // A NaN keeps the top of its payload, so that a double comes back whole.
+    uint64_t fraction = (significand >> 11) & ((uint64_t{1} << 52) - 1);
+    if (fraction == 0) fraction = uint64_t{1} << 51;
+    return std::bit_cast<double>((uint64_t{head & 0x8000u} << 48) | (uint64_t{0x7FF} << 52) | fraction);
   }
   if (significand == 0) return sign * 0.0;
   // Extended denormals have the exponent of the smallest normal.
@@ -236,7 +240,7 @@ void TWriter::WriteProperty(TPersistent* Instance, const TPropInfo& Info, const 
       return;
     }
     case tkVariant: {
-      const Variant value = std::get<Variant>(Info.Get(Instance));
+      const Variant value = GetPropValue(Instance, Info);
       if (value.IsEmpty()) return;
       WriteStr(path);
       WriteVariant(value);

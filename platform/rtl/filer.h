@@ -48,10 +48,12 @@
 
 #include "platform/rtl/classes.h"
 #include "platform/rtl/streams.h"
-#include "platform/rtl/variant.h"
 
+class Currency;
 class TCollection;
+class TDateTime;
 class TStrings;
+class Variant;
 
 // Tags of the values, with the historical numbering.
 enum TValueType : uint8_t {

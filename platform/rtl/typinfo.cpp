@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "platform/rtl/variant.h"
+
 namespace {
 
 const TPropInfo* Find(const TObject* obj, const String& name) {
@@ -166,6 +168,16 @@ void SetSetProp(TObject* obj, const TPropInfo& info, const String& text) {
 
 // ---- Properties as Variants ------------------------------------------------
 
+TVariantValue kelmar_detail::BoxVariant(const Variant& value) {
+  if (value.IsEmpty()) return {};
+  return {std::make_shared<const Variant>(value)};
+}
+
+const Variant& kelmar_detail::UnboxVariant(const TVariantValue& value) {
+  static const Variant unassigned;
+  return value.Value ? *value.Value : unassigned;
+}
+
 namespace {
 
 [[noreturn]] void InvalidValue(const Variant& value) {
@@ -232,7 +244,7 @@ Variant GetPropValue(const TObject* obj, const TPropInfo& info) {
     case tkLString:
     case tkWString:
     case tkUString: return std::get<String>(info.Get(obj));
-    case tkVariant: return std::get<Variant>(info.Get(obj));
+    case tkVariant: return kelmar_detail::UnboxVariant(std::get<TVariantValue>(info.Get(obj)));
     default: return Variant();
   }
 }
@@ -261,7 +273,7 @@ void SetPropValue(TObject* obj, const TPropInfo& info, const Variant& value) {
     case tkLString:
     case tkWString:
     case tkUString: info.Set(obj, Converted(value, [&] { return VarToStr(value); })); break;
-    case tkVariant: info.Set(obj, value); break;
+    case tkVariant: info.Set(obj, kelmar_detail::BoxVariant(value)); break;
     default: break;
   }
 }

@@ -10,6 +10,7 @@
 #include <concepts>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <type_traits>
@@ -20,7 +21,8 @@
 #include "platform/rtl/object.h"
 #include "platform/rtl/sets.h"
 #include "platform/rtl/sysutils.h"
-#include "platform/rtl/variant.h"
+
+class Variant;
 
 // Kinds with the historical numbering. Booleans are enumerations whose type
 // is named "Boolean"; text is tkUString.
@@ -30,10 +32,15 @@ enum TTypeKind {
   tkDynArray, tkUString, tkClassRef, tkPointer, tkProcedure
 };
 
+// A tkVariant property's value in transit. Boxed, so that this header needs
+// no variant.h (whose operators would reach every file that includes it).
+struct TVariantValue {
+  std::shared_ptr<const Variant> Value;  // null: Unassigned
+};
+
 // The value of a property in transit: ordinal kinds (integers, enumerations,
-// booleans, sets as a bit mask, characters) travel as int64_t; tkVariant
-// properties as a Variant.
-using TPropValue = std::variant<int64_t, double, String, TObject*, TMethod, Variant>;
+// booleans, sets as a bit mask, characters) travel as int64_t.
+using TPropValue = std::variant<int64_t, double, String, TObject*, TMethod, TVariantValue>;
 
 struct TPropInfo {
   String Name;
@@ -127,6 +134,9 @@ void SetSetProp(TObject* obj, const TPropInfo& info, const String& text);
 
 namespace kelmar_detail {
 
+TVariantValue BoxVariant(const Variant& value);
+const Variant& UnboxVariant(const TVariantValue& value);
+
 template <class T>
 struct IsSet : std::false_type {};
 template <class E>
@@ -193,7 +203,8 @@ struct PropTraits {
     if constexpr (IsSet<T>::value) return static_cast<int64_t>(v.Mask());
     else if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<int64_t>(v);
     else if constexpr (std::is_floating_point_v<T>) return static_cast<double>(v);
-    else if constexpr (std::is_same_v<T, String> || std::is_same_v<T, Variant>) return v;
+    else if constexpr (std::is_same_v<T, String>) return v;
+    else if constexpr (std::is_same_v<T, Variant>) return BoxVariant(v);
     else if constexpr (IsEvent<T>::value) return v.ToMethod();
     else return static_cast<TObject*>(v);
   }
@@ -211,9 +222,13 @@ struct PropTraits {
       if (const double* d = std::get_if<double>(&in)) out = static_cast<T>(*d);
       else if (const int64_t* i = std::get_if<int64_t>(&in)) out = static_cast<T>(*i);
       else return false;
-    } else if constexpr (std::is_same_v<T, String> || std::is_same_v<T, Variant>) {
-      if (!std::holds_alternative<T>(in)) return false;
-      out = std::get<T>(in);
+    } else if constexpr (std::is_same_v<T, String>) {
+      if (!std::holds_alternative<String>(in)) return false;
+      out = std::get<String>(in);
+    } else if constexpr (std::is_same_v<T, Variant>) {
+      const TVariantValue* box = std::get_if<TVariantValue>(&in);
+      if (!box) return false;
+      out = UnboxVariant(*box);
     } else if constexpr (IsEvent<T>::value) {
       if (!std::holds_alternative<TMethod>(in)) return false;
       const TMethod& m = std::get<TMethod>(in);

@@ -9,6 +9,7 @@
 
 #include "platform/rtl/collection.h"
 #include "platform/rtl/stringlist.h"
+#include "platform/rtl/variant.h"
 
 namespace {
 

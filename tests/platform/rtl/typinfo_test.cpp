@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/rtl/classes.h"
+#include "platform/rtl/variant.h"
 
 namespace {
 
