@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "data/contfields.h"
+#include "grid/gridpropcmp.h"
 #include "platform/db/dadataset.h"
 #include "platform/rtl/stringlist.h"
 #include "platform/rtl/sysutils.h"
@@ -12,9 +13,12 @@ namespace {
 
 // ---- The content settings of the active TGridPropCmp ----
 
-bool ContentFieldsOn() { return false; }
+bool ContentFieldsOn() {
+  const TGridPropCmp* store = GetGridPropCmp();
+  return store && store->UseDotInCont();
+}
 
-WideChar ContentDot() { return u'.'; }
+WideChar ContentDot() { return TGridPropCmp::DotInContChar(); }
 
 // ---- Field kinds ----
 
