@@ -9,6 +9,7 @@
 #include "platform/rtl/format.h"
 #include "platform/rtl/stringlist.h"
 #include "platform/rtl/sysutils.h"
+#include "platform/ui/extctrls.h"
 
 namespace {
 
@@ -362,5 +363,17 @@ void XTTTSummaryCollection::IncludeCurrentRecord(bool Add) {
     XTTTSummaryCollectionItem* item = Items(i);
     double step = Is(item->TypeofFunction(), smfSum) ? item->GetFieldValue() * delta : delta;
     item->SetValue(item->Value() + step);
+  }
+}
+
+void XTTTSummaryCollection::DisplaySummaries(TStatusBar* Bar) {
+  if (!Bar) return;
+  TStatusPanels* panels = Bar->Panels();
+  while (panels->Count() < Count()) panels->Add();
+  while (panels->Count() > Count()) panels->Delete(panels->Count() - 1);
+  CheckSummaries();
+  for (int i = 0; i < Count(); ++i) {
+    panels->Items(i)->SetWidth(Items(i)->Width());
+    panels->Items(i)->SetText(Items(i)->GetText());
   }
 }

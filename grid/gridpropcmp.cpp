@@ -30,6 +30,7 @@ KELMAR_PUBLISH(TGridPropCmp) {
   r.Prop(u"UseDotInCont", &TGridPropCmp::UseDotInCont, &TGridPropCmp::SetUseDotInCont).Default = 0;
   r.Prop(u"UseDotInContChar", &TGridPropCmp::UseDotInContChar, &TGridPropCmp::SetUseDotInContChar).Default =
       u'.';
+  r.Prop(u"OraNavigator", &TGridPropCmp::OraNavigator, &TGridPropCmp::SetOraNavigator);
   r.Prop(u"Params", &TGridPropCmp::Params, &TGridPropCmp::SetParams);
   r.Prop(u"OnStateChangeImplicit", &TGridPropCmp::OnStateChangeImplicit);
   r.Prop(u"OnDblClick", &TGridPropCmp::OnDblClick);
@@ -87,14 +88,26 @@ void TGridPropCmp::ShowDBMSOutput(TObject* Sender) {
 
 // ---- Peers -------------------------------------------------------------------------
 
-void TGridPropCmp::SetOraSession(TOraSession* Value) {
-  if (oraSession_ == Value) return;
-  if (oraSession_) oraSession_->RemoveFreeNotification(this);
-  oraSession_ = Value;
-  if (oraSession_) oraSession_->FreeNotification(this);
+namespace {
+
+// Points a peer reference at Value, asking to be told when it goes.
+template <class T>
+void SetPeer(TComponent* self, T*& peer, T* Value) {
+  if (peer == Value) return;
+  if (peer) peer->RemoveFreeNotification(self);
+  peer = Value;
+  if (peer) peer->FreeNotification(self);
 }
+
+}  // namespace
+
+void TGridPropCmp::SetOraSession(TOraSession* Value) { SetPeer(this, oraSession_, Value); }
+
+void TGridPropCmp::SetOraNavigator(TOraNavigator* Value) { SetPeer(this, oraNavigator_, Value); }
 
 void TGridPropCmp::Notification(TComponent* AComponent, TOperation Operation) {
   TComponent::Notification(AComponent, Operation);
-  if (Operation == opRemove && AComponent == oraSession_) oraSession_ = nullptr;
+  if (Operation != opRemove) return;
+  if (AComponent == oraSession_) oraSession_ = nullptr;
+  if (AComponent == oraNavigator_) oraNavigator_ = nullptr;
 }

@@ -15,11 +15,11 @@
 
 #include <memory>
 
+#include "data/oranavigator.h"
 #include "data/veskcontract.h"
 #include "platform/db/orasession.h"
 #include "platform/rtl/stringlist.h"
-#include "platform/ui/graphics.h"
-#include "platform/ui/keyboard.h"
+#include "platform/ui/controls.h"
 
 class TDataSource;
 
@@ -108,6 +108,10 @@ class TGridPropCmp : public TComponent {
   void SetUseDotInCont(bool Value) { useDotInCont_ = Value; }
   WideChar UseDotInContChar() const { return useDotInContChar_; }
   void SetUseDotInContChar(WideChar Value) { useDotInContChar_ = Value; }
+  // The navigator that grids bind to their data source when they take the
+  // focus.
+  TOraNavigator* OraNavigator() const { return oraNavigator_; }
+  void SetOraNavigator(TOraNavigator* Value);
   // Application parameters, name=value lines ("DisableGridMenu" ...).
   TStrings* Params() const { return params_.get(); }
   void SetParams(TStrings* Value) { params_->Assign(Value); }
@@ -116,7 +120,7 @@ class TGridPropCmp : public TComponent {
   TStateChangeImplicitEvent OnStateChangeImplicit;
   TGridStringsActionEvent OnDblClick;
   TGridStringsActionEvent OnInsertClick;
-  TEvent<void(TObject* Sender, Word& Key, TShiftState Shift)> OnKeyDown;
+  TKeyEvent OnKeyDown;
   TNotifyEvent OnDataExportToExcel;
   TNotifyEvent OnDataImportFromExcel;
   TNotifyEvent OnXPopUpCmpLoad;
@@ -131,6 +135,7 @@ class TGridPropCmp : public TComponent {
 
  private:
   TOraSession* oraSession_ = nullptr;
+  TOraNavigator* oraNavigator_ = nullptr;
   int userID_ = 0;
   String tableName_;
   bool adminMode_ = false;
