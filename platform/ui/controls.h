@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "platform/rtl/classes.h"
+#include "platform/db/dbtypes.h"  // TAlignment, shared with the fields
 #include "platform/rtl/events.h"
 #include "platform/ui/graphics.h"
 #include "platform/ui/keyboard.h"
@@ -30,8 +31,6 @@ class TPopupMenu;
 
 enum TAlign { alNone, alTop, alBottom, alLeft, alRight, alClient, alCustom };
 KELMAR_ENUM(TAlign, u"alNone", u"alTop", u"alBottom", u"alLeft", u"alRight", u"alClient", u"alCustom");
-enum TAlignment { taLeftJustify, taRightJustify, taCenter };
-KELMAR_ENUM(TAlignment, u"taLeftJustify", u"taRightJustify", u"taCenter");
 enum TVerticalAlignment { taAlignTop, taAlignBottom, taVerticalCenter };
 KELMAR_ENUM(TVerticalAlignment, u"taAlignTop", u"taAlignBottom", u"taVerticalCenter");
 
