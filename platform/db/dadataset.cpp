@@ -176,6 +176,7 @@ TCustomDADataSet::TCustomDADataSet(TComponent* AOwner)
 }
 
 TCustomDADataSet::~TCustomDADataSet() {
+  sql_->OnChange = nullptr;
   try {
     Close();
   } catch (...) {

@@ -1067,6 +1067,19 @@ int TDataSet::LocateRecord(const String& KeyFields, const Variant& KeyValues, TL
     return true;
   };
 
+  // One exact key on a stored column: the store's own search loop.
+  const TLocateKey& k0 = keys[0];
+  if (keys.size() == 1 && k0.column >= 0 && !k0.null && !k0.ignoreCase && !k0.partial &&
+      (store_.Kind(k0.column) != ckFloat)) {
+    for (size_t p = static_cast<size_t>(std::max(from, 0));;) {
+      int64_t hit = store_.Kind(k0.column) == ckInteger ? store_.FindInteger(View(), p, k0.column, k0.i)
+                                                         : store_.FindBytes(View(), p, k0.column, k0.bytes);
+      if (hit >= 0) return static_cast<int>(hit);
+      p = View().size();
+      if (KeepsOnlyCurrentBlock() || !FetchMore()) return -1;
+    }
+  }
+
   for (int p = from;; ++p) {
     if (p >= static_cast<int>(View().size())) {
       if (KeepsOnlyCurrentBlock() || !FetchMore()) return -1;

@@ -1,5 +1,7 @@
 #include "platform/db/recordstore.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "platform/rtl/exceptions.h"
@@ -23,18 +25,32 @@ void TRecordStore::Clear() {
 }
 
 void TRecordStore::Reserve(size_t rows) {
-  for (Column& c : columns_) {
-    c.nulls.reserve((rows + 63) / 64);
-    switch (c.kind) {
-      case ckInteger: c.ints.reserve(rows); break;
-      case ckFloat: c.floats.reserve(rows); break;
-      case ckText:
-      case ckBlob:
-        c.offsets.reserve(rows);
-        c.lengths.reserve(rows);
-        break;
-    }
+  for (Column& c : columns_) c.nulls.reserve((rows + 63) / 64);
+}
+
+TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
+  Place p;
+  p.length = static_cast<uint32_t>(bytes.size());
+  if (bytes.empty()) return p;
+  constexpr size_t kBlock = size_t{1} << 20;
+  if (blocks_.empty() || blocks_.back().size - blocks_.back().used < bytes.size()) {
+    Block b;
+    b.size = std::max(kBlock, bytes.size());
+    b.data.reset(new char[b.size]);
+    blocks_.push_back(std::move(b));
   }
+  Block& b = blocks_.back();
+  std::memcpy(b.data.get() + b.used, bytes.data(), bytes.size());
+  p.block = static_cast<uint32_t>(blocks_.size() - 1);
+  p.offset = static_cast<uint32_t>(b.used);
+  b.used += bytes.size();
+  return p;
+}
+
+size_t TRecordStore::Arena::Bytes() const {
+  size_t total = 0;
+  for (const Block& b : blocks_) total += b.size;
+  return total;
 }
 
 TRecordStore::RowId TRecordStore::AddRow() {
@@ -46,10 +62,7 @@ TRecordStore::RowId TRecordStore::AddRow() {
       case ckInteger: c.ints.push_back(0); break;
       case ckFloat: c.floats.push_back(0); break;
       case ckText:
-      case ckBlob:
-        c.offsets.push_back(0);
-        c.lengths.push_back(0);
-        break;
+      case ckBlob: c.places.push_back(Place()); break;
     }
   }
   return row;
@@ -76,11 +89,8 @@ void TRecordStore::SetBytes(RowId row, int column, std::string_view value) {
   Column& c = columns_[static_cast<size_t>(column)];
   if (value.size() > std::numeric_limits<uint32_t>::max()) throw EDatabaseError(u"Value too long for a field");
   // The same bytes again (a Cancel restoring an unchanged text) need no room.
-  if (!(value.size() == c.lengths[row] && Bytes(row, column) == value)) {
-    c.offsets[row] = c.arena.size();
-    c.lengths[row] = static_cast<uint32_t>(value.size());
-    c.arena.append(value);
-  }
+  Place& place = c.places[row];
+  if (!(value.size() == place.length && c.arena.View(place) == value)) place = c.arena.Add(value);
   MarkPresent(c, row);
 }
 
@@ -123,10 +133,29 @@ void TRecordStore::MarkDeleted(RowId row) {
   deleted_[row >> 6] |= uint64_t{1} << (row & 63);
 }
 
+int64_t TRecordStore::FindBytes(const std::vector<RowId>& rows, size_t from, int column, std::string_view value) const {
+  const Column& c = columns_[static_cast<size_t>(column)];
+  for (size_t i = from; i < rows.size(); ++i) {
+    RowId row = rows[i];
+    const Place& p = c.places[row];
+    if (p.length == value.size() && !((c.nulls[row >> 6] >> (row & 63)) & 1) && c.arena.View(p) == value)
+      return static_cast<int64_t>(i);
+  }
+  return -1;
+}
+
+int64_t TRecordStore::FindInteger(const std::vector<RowId>& rows, size_t from, int column, int64_t value) const {
+  const Column& c = columns_[static_cast<size_t>(column)];
+  for (size_t i = from; i < rows.size(); ++i) {
+    RowId row = rows[i];
+    if (c.ints[row] == value && !((c.nulls[row >> 6] >> (row & 63)) & 1)) return static_cast<int64_t>(i);
+  }
+  return -1;
+}
+
 size_t TRecordStore::MemoryUsed() const {
   size_t total = 0;
   for (const Column& c : columns_)
-    total += c.nulls.capacity() * 8 + c.ints.capacity() * 8 + c.floats.capacity() * 8 + c.offsets.capacity() * 8 +
-             c.lengths.capacity() * 4 + c.arena.capacity();
+    total += c.nulls.capacity() * 8 + c.ints.Bytes() + c.floats.Bytes() + c.places.Bytes() + c.arena.Bytes();
   return total;
 }

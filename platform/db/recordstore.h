@@ -1,7 +1,7 @@
 // TRecordStore: the client-side rows of a dataset, built for large tables.
 //
 // Each column is one typed vector (64-bit integers, doubles, or text and
-// blob bytes in an arena with offsets and lengths) plus a null bitmap; no
+// blob bytes in an arena of blocks that never move) plus a null bitmap; no
 // cell is a Variant. A row's id is its index and never changes, so ids
 // serve as bookmarks. Rows are never moved or reused: a deleted row simply
 // leaves the datasets' views. Text is kept as UTF-8 and converted when a
@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -52,7 +53,7 @@ class TRecordStore {
   // Text (UTF-8) and blob cells.
   std::string_view Bytes(RowId row, int column) const {
     const Column& c = columns_[static_cast<size_t>(column)];
-    return std::string_view(c.arena.data() + c.offsets[row], c.lengths[row]);
+    return c.arena.View(c.places[row]);
   }
 
   void SetNull(RowId row, int column);
@@ -65,6 +66,11 @@ class TRecordStore {
   // Copies every cell of `from` into `to`.
   void CopyRow(RowId from, RowId to);
 
+  // The first position from `from` on in `rows` whose cell equals the
+  // value (never a null cell); -1 when none. The search loops of Locate.
+  int64_t FindBytes(const std::vector<RowId>& rows, size_t from, int column, std::string_view value) const;
+  int64_t FindInteger(const std::vector<RowId>& rows, size_t from, int column, int64_t value) const;
+
   // A deleted row stays in place (ids are stable) but no view shows it.
   void MarkDeleted(RowId row);
   bool IsDeleted(RowId row) const { return (row >> 6) < deleted_.size() && ((deleted_[row >> 6] >> (row & 63)) & 1); }
@@ -73,14 +79,56 @@ class TRecordStore {
   size_t MemoryUsed() const;
 
  private:
+  // A vector in fixed chunks: growing never moves what is there, so a
+  // large fetch neither copies nor touches its memory twice.
+  template <class T>
+  class Chunked {
+   public:
+    static constexpr size_t kShift = 14, kSize = size_t{1} << kShift;
+    T& operator[](size_t i) { return chunks_[i >> kShift][i & (kSize - 1)]; }
+    const T& operator[](size_t i) const { return chunks_[i >> kShift][i & (kSize - 1)]; }
+    void push_back(T v) {
+      if ((size_ & (kSize - 1)) == 0 && (size_ >> kShift) == chunks_.size()) chunks_.emplace_back(new T[kSize]);
+      (*this)[size_++] = v;
+    }
+    size_t size() const { return size_; }
+    size_t Bytes() const { return chunks_.size() * kSize * sizeof(T); }
+
+   private:
+    std::vector<std::unique_ptr<T[]>> chunks_;
+    size_t size_ = 0;
+  };
+
+  // Text and blob bytes in blocks that never move; a place is the block
+  // number, the offset in it and the length.
+  struct Place {
+    uint32_t block = 0;
+    uint32_t offset = 0;
+    uint32_t length = 0;
+  };
+  class Arena {
+   public:
+    Place Add(std::string_view bytes);
+    std::string_view View(const Place& p) const {
+      return p.length == 0 ? std::string_view() : std::string_view(blocks_[p.block].data.get() + p.offset, p.length);
+    }
+    size_t Bytes() const;
+
+   private:
+    struct Block {
+      std::unique_ptr<char[]> data;
+      size_t size = 0, used = 0;
+    };
+    std::vector<Block> blocks_;
+  };
+
   struct Column {
     TColumnKind kind = ckInteger;
     std::vector<uint64_t> nulls;
-    std::vector<int64_t> ints;
-    std::vector<double> floats;
-    std::vector<uint64_t> offsets;
-    std::vector<uint32_t> lengths;
-    std::string arena;
+    Chunked<int64_t> ints;
+    Chunked<double> floats;
+    Chunked<Place> places;
+    Arena arena;
   };
   void MarkPresent(Column& c, RowId row) { c.nulls[row >> 6] &= ~(uint64_t{1} << (row & 63)); }
 
