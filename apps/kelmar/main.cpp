@@ -1,12 +1,52 @@
 // kelmar: the terminal application of the kit.
 #include <cstdio>
 #include <cstring>
+#include <iostream>
+#include <string>
+
+#include "apps/kelmar/commands.h"
+
+namespace {
+
+const char* kUsage =
+    "usage: kelmar [--version] [--help]\n"
+    "       kelmar demo --db FILE         create the sample database (when missing) and list its tables\n"
+    "       kelmar sql --db FILE \"SQL\"    run one statement and print its rows as a table\n";
+
+// The value after "--db" among the arguments from `first` on, and the one
+// other argument (the statement), if any.
+bool ParseDbArgs(int argc, char** argv, int first, std::string& db, std::string& rest, int& extra) {
+  extra = 0;
+  for (int i = first; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--db") == 0) {
+      if (i + 1 >= argc) return false;
+      db = argv[++i];
+    } else {
+      rest = argv[i];
+      ++extra;
+    }
+  }
+  return !db.empty();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
     std::printf("kelmar %s\n", KELMAR_VERSION);
     return 0;
   }
-  std::printf("usage: kelmar [--version] [--help]\n");
-  return argc > 1 && std::strcmp(argv[1], "--help") != 0 ? 2 : 0;
+  if (argc > 1 && (std::strcmp(argv[1], "demo") == 0 || std::strcmp(argv[1], "sql") == 0)) {
+    bool demo = std::strcmp(argv[1], "demo") == 0;
+    std::string db, sql;
+    int extra = 0;
+    if (!ParseDbArgs(argc, argv, 2, db, sql, extra) || extra != (demo ? 0 : 1)) {
+      std::fputs(kUsage, stderr);
+      return 2;
+    }
+    return demo ? RunDemo(db, std::cout, std::cerr) : RunSql(db, sql, std::cout, std::cerr);
+  }
+  bool help = argc == 1 || std::strcmp(argv[1], "--help") == 0;
+  std::fputs(kUsage, help ? stdout : stderr);
+  return help ? 0 : 2;
 }
