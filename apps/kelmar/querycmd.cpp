@@ -1,0 +1,94 @@
+#include "apps/kelmar/querycmd.h"
+
+#include <filesystem>
+#include <map>
+#include <ostream>
+
+#include "apps/kelmar/tableprinter.h"
+#include "data/veskodacquerylib.h"
+#include "drivers/sqlite/sqlitedriver.h"
+#include "filter/xttsum.h"
+
+const char* const kQueryUsage =
+    "usage: kelmar query --db FILE --table T [--alias A] [--where TEXT] [--sys-filter TEXT] [--order TEXT]\n"
+    "                    [--summary \"FIELD=2,sum;...\"] [--show-sql]\n";
+
+namespace {
+
+struct TQueryArgs {
+  std::map<std::string, std::string> values;  // by option name
+  bool showSql = false;
+};
+
+// False for an unknown option, a missing value, or no --db or --table.
+bool Parse(const std::vector<std::string>& args, TQueryArgs& parsed) {
+  static const char* const kValued[] = {"--db", "--table", "--alias", "--where", "--sys-filter", "--order",
+                                        "--summary"};
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--show-sql") {
+      parsed.showSql = true;
+      continue;
+    }
+    bool known = false;
+    for (const char* name : kValued) known = known || args[i] == name;
+    if (!known || i + 1 >= args.size()) return false;
+    parsed.values[args[i]] = args[i + 1];
+    ++i;
+  }
+  return !parsed.values["--db"].empty() && !parsed.values["--table"].empty();
+}
+
+String Arg(TQueryArgs& parsed, const char* name) { return String::FromUtf8(parsed.values[name]); }
+
+const char* FunctionWord(int function) {
+  static const char* const kWords[] = {"sum", "min", "max", "count", "avg"};
+  return function >= 0 && function < 5 ? kWords[function] : "?";
+}
+
+}  // namespace
+
+int RunQueryCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  TQueryArgs parsed;
+  if (!Parse(args, parsed)) {
+    err << kQueryUsage;
+    return 2;
+  }
+  const std::string file = parsed.values["--db"];
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(file, ec)) {
+    err << "kelmar: database file \"" << file << "\" not found\n";
+    return 1;
+  }
+  try {
+    RegisterSQLiteDriver();
+    TOraSession session(nullptr);
+    session.SetServer(String::FromUtf8(file));
+    session.Connect();
+    TVeskODACQuery query(nullptr);
+    query.SetName(u"query");
+    query.SetSession(&session);
+    query.SetVeskAlias(Arg(parsed, "--alias"));
+    query.SetVeskFilter(Arg(parsed, "--where"));
+    query.SetVeskFilterSYS(Arg(parsed, "--sys-filter"));
+    query.SetVeskGroupField(Arg(parsed, "--order"));
+    query.SetVeskTableLive(Arg(parsed, "--table"));
+    // The summary text takes one item per line; the option separates them by ";".
+    query.XTTSummary()->SetAsText(StringReplace(Arg(parsed, "--summary"), u";", u"\n", TReplaceFlags{rfReplaceAll}));
+    if (parsed.showSql) out << query.SQL()->Text().ToUtf8() << "\n";
+    query.Open();
+    out << FormatTable(&query);
+    XTTTSummaryCollection* summary = query.XTTSummary();
+    if (summary->Count() > 0) {
+      query.XTTCalcSummaries();
+      for (int i = 0; i < summary->Count(); ++i) {
+        XTTTSummaryCollectionItem* item = summary->GetItem(i);
+        out << item->FieldName().ToUtf8() << " " << FunctionWord(item->TypeofFunction()) << " = "
+            << item->GetText().ToUtf8() << "\n";
+      }
+    }
+    return 0;
+  } catch (const Exception& e) {
+    err << "kelmar: " << e.Message.ToUtf8() << "\n";
+    return 1;
+  }
+}

@@ -1,0 +1,92 @@
+// kelmar query: composition from the options, the rows, the summaries and
+// the errors, over a database file.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <sstream>
+
+// The application's units build into the kelmar program only; the test
+// compiles the ones it checks.
+#include "apps/kelmar/querycmd.cpp"
+#include "apps/kelmar/tableprinter.cpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class QueryCommand : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() / ("kelmar_query_" + std::to_string(getpid()));
+    fs::create_directories(dir_);
+    db_ = (dir_ / "q.db").string();
+    RegisterSQLiteDriver();
+    TOraSession session(nullptr);
+    session.SetServer(String::FromUtf8(db_));
+    session.Connect();
+    for (const char16_t* sql :
+         {u"CREATE TABLE GOODS (ID INTEGER, NAME VARCHAR2(20), PRICE NUMBER(10,2), QTY INTEGER)",
+          u"INSERT INTO GOODS VALUES (1, 'Apple', 2.5, 10)", u"INSERT INTO GOODS VALUES (2, 'Apricot', 4, 5)",
+          u"INSERT INTO GOODS VALUES (3, 'Butter', 3.1, 7)", u"INSERT INTO GOODS VALUES (4, 'Bread', 1.2, NULL)"})
+      session.ExecSQL(sql);
+  }
+  void TearDown() override {
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+  int Run(std::vector<std::string> args) {
+    out_.str(std::string());
+    err_.str(std::string());
+    return RunQueryCommand(args, out_, err_);
+  }
+
+  fs::path dir_;
+  std::string db_;
+  std::ostringstream out_, err_;
+};
+
+TEST_F(QueryCommand, PrintsTheComposedStatementRowsAndSummaries) {
+  ASSERT_EQ(Run({"--db", db_, "--table", "GOODS", "--alias", "G", "--where", "G.PRICE > 2", "--sys-filter",
+                 "G.QTY IS NOT NULL", "--order", "G.NAME DESC", "--summary", "PRICE;QTY=0,count;PRICE=1,max",
+                 "--show-sql"}),
+            0)
+      << err_.str();
+  const std::string out = out_.str();
+  EXPECT_EQ(out.rfind("SELECT G.* FROM GOODS G\nWHERE\n(G.PRICE > 2)\nAND\n(G.QTY IS NOT NULL)\nORDER BY G.NAME DESC\n\n",
+                      0),
+            0u)
+      << out;
+  const size_t butter = out.find("Butter"), apricot = out.find("Apricot"), apple = out.find("Apple");
+  ASSERT_NE(butter, std::string::npos) << out;
+  EXPECT_LT(butter, apricot);
+  EXPECT_LT(apricot, apple);
+  EXPECT_EQ(out.find("Bread"), std::string::npos);
+  EXPECT_NE(out.find("PRICE sum = 9.60\nQTY count = 3\nPRICE max = 4.0\n"), std::string::npos) << out;
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(QueryCommand, WithoutOptionsShowsTheWholeTableAndNoStatement) {
+  ASSERT_EQ(Run({"--table", "GOODS", "--db", db_}), 0) << err_.str();
+  EXPECT_EQ(out_.str().find("SELECT"), std::string::npos);
+  EXPECT_NE(out_.str().find("Bread"), std::string::npos);
+}
+
+TEST_F(QueryCommand, BadArgumentsShowTheUsage) {
+  EXPECT_EQ(Run({"--db", db_}), 2);
+  EXPECT_EQ(err_.str(), kQueryUsage);
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--colour", "red"}), 2);
+  EXPECT_EQ(Run({"--db", db_, "--table"}), 2);
+  EXPECT_EQ(Run({"--db", (dir_ / "none.db").string(), "--table", "GOODS"}), 1);
+  EXPECT_NE(err_.str().find("not found"), std::string::npos);
+}
+
+TEST_F(QueryCommand, AFailingStatementReportsTheOpenErrorWithItsText) {
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--where", "NOSUCH = 1"}), 1);
+  EXPECT_EQ(err_.str().rfind("kelmar: Error EOraError opening DataSet query:\n\nORA-00904", 0), 0u) << err_.str();
+  EXPECT_NE(err_.str().find("\nSQL text:\nSELECT GOODS.* FROM GOODS\nWHERE\n(NOSUCH = 1)"), std::string::npos)
+      << err_.str();
+  EXPECT_EQ(out_.str(), "");
+}
+
+}  // namespace
