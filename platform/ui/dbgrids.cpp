@@ -444,6 +444,20 @@ String TCustomDBGrid::GetEditMask(int ACol, int) {
   return f ? f->EditMask() : String();
 }
 
+TEditStyle TCustomDBGrid::GetEditStyle(int ACol, int) {
+  int i = RawToDataColumn(ACol);
+  if (i < 0 || i >= columns_->Count()) return esSimple;
+  TColumn* c = columns_->Items(i);
+  if (c->ButtonStyle() == cbsEllipsis) return esEllipsis;
+  if (c->ButtonStyle() == cbsAuto && c->PickList()->Count() > 0) return esPickList;
+  return esSimple;
+}
+
+void TCustomDBGrid::GetPickList(int ACol, int, TStrings* List) {
+  int i = RawToDataColumn(ACol);
+  if (i >= 0 && i < columns_->Count()) List->Assign(columns_->Items(i)->PickList());
+}
+
 int TCustomDBGrid::GetEditLimit() {
   TField* f = SelectedField();
   if (!f) return 0;

@@ -115,7 +115,7 @@ class TCustomDBGrid : public TCustomGrid {
   virtual void ColExit() { OnColExit(this); }
   virtual void TitleClick(TColumn* Column) { OnTitleClick(Column); }
   virtual void CellClick(TColumn* Column) { OnCellClick(Column); }
-  virtual void EditButtonClick() { OnEditButtonClick(this); }
+  void EditButtonClick() override { OnEditButtonClick(this); }
   virtual void DrawColumnCell(const TRect& Rect, int DataCol, TColumn* Column, TGridDrawState State);
   // The field's display text, aligned as the column is, on the canvas.
   void DefaultDrawColumnCell(const TRect& Rect, int DataCol, TColumn* Column, TGridDrawState State);
@@ -129,6 +129,10 @@ class TCustomDBGrid : public TCustomGrid {
   String GetEditText(int ACol, int ARow) override;
   void SetEditText(int ACol, int ARow, const String& Value) override;
   String GetEditMask(int ACol, int ARow) override;
+  // esEllipsis for cbsEllipsis columns, esPickList for cbsAuto columns
+  // with a pick list.
+  TEditStyle GetEditStyle(int ACol, int ARow) override;
+  void GetPickList(int ACol, int ARow, TStrings* List) override;
   int GetEditLimit() override;
   bool CanEditShow() override;
   bool CanEditModify() override;

@@ -30,6 +30,10 @@ void TInplaceEdit::Hide() {
 void TInplaceEdit::UpdateContents() {
   if (!grid_) return;
   loading_ = true;
+  CloseUp(false);
+  SetEditStyle(grid_->GetEditStyle(grid_->Col(), grid_->Row()));
+  pickList_->Clear();
+  if (editStyle_ == esPickList) grid_->GetPickList(grid_->Col(), grid_->Row(), pickList_.get());
   SetEditMask(grid_->GetEditMask(grid_->Col(), grid_->Row()));
   SetMaxLength(grid_->GetEditLimit());
   SetText(grid_->GetEditText(grid_->Col(), grid_->Row()));
@@ -38,15 +42,72 @@ void TInplaceEdit::UpdateContents() {
   loading_ = false;
 }
 
-void TInplaceEdit::Change() {
-  inherited::Change();
-  if (!loading_ && grid_) grid_->UpdateText();
+void TInplaceEdit::SetEditStyle(TEditStyle v) {
+  if (v != esPickList) CloseUp(false);
+  editStyle_ = v;
+}
+
+void TInplaceEdit::DropDown() {
+  if (editStyle_ != esPickList || listVisible_) return;
+  listVisible_ = true;
+  listIndex_ = pickList_->IndexOf(Text());
+}
+
+void TInplaceEdit::CloseUp(bool Accept) {
+  if (!listVisible_) return;
+  listVisible_ = false;
+  if (!Accept || listIndex_ < 0 || listIndex_ >= pickList_->Count()) return;
+  String value = pickList_->Strings(listIndex_);
+  if (value == Text() || !grid_ || !grid_->CanEditModify()) return;
+  SetText(value);
+  SelectAll();
+  SetModified(true);
+}
+
+void TInplaceEdit::ButtonClick() {
+  if (editStyle_ == esEllipsis && grid_) grid_->EditButtonClick();
+  else if (editStyle_ == esPickList) {
+    if (listVisible_) CloseUp(false);
+    else DropDown();
+  }
+}
+
+bool TInplaceEdit::ListKey(Word& Key, TShiftState Shift) {
+  bool alt = Shift.Contains(ssAlt);
+  if (editStyle_ == esEllipsis && Key == VK_RETURN && Shift == TShiftState{ssCtrl}) {
+    ButtonClick();
+    Key = 0;
+    return true;
+  }
+  if (editStyle_ != esPickList) return false;
+  if (Key == VK_F4 || (alt && (Key == VK_DOWN || Key == VK_UP))) {
+    ButtonClick();
+    Key = 0;
+    return true;
+  }
+  if (!listVisible_) return false;
+  switch (Key) {
+    case VK_DOWN: listIndex_ = std::min(pickList_->Count() - 1, listIndex_ + 1); break;
+    case VK_UP: listIndex_ = std::max(0, listIndex_ - 1); break;
+    case VK_RETURN: CloseUp(true); break;
+    case VK_ESCAPE: CloseUp(false); break;
+    default: return false;
+  }
+  Key = 0;
+  return true;
 }
 
 LRESULT TInplaceEdit::GetDlgCode() const {
   LRESULT code = DLGC_WANTARROWS | DLGC_WANTCHARS;
   if (grid_ && grid_->Options().Contains(goTabs)) code |= DLGC_WANTTAB;
+  // An open list keeps Enter and Escape.
+  if (listVisible_ || editStyle_ == esEllipsis) code |= DLGC_WANTALLKEYS;
   return code;
+}
+
+void TInplaceEdit::Change() {
+  inherited::Change();
+  if (!loading_ && grid_) grid_->UpdateText();
 }
 
 void TInplaceEdit::SendToParent(Word& Key, TShiftState Shift) {
@@ -59,6 +120,7 @@ void TInplaceEdit::KeyDown(Word& Key, TShiftState Shift) {
     inherited::KeyDown(Key, Shift);
     return;
   }
+  if (ListKey(Key, Shift)) return;
   bool ctrl = Shift.Contains(ssCtrl);
   // Left and Right leave the text only when the grid always shows its
   // editor: at the text's edge, or with Ctrl.

@@ -41,9 +41,17 @@ using TGridDrawState = Set<TGridDrawStateItem>;
 
 class TCustomGrid;
 
+// The editor's kind: plain, with a button that runs the grid's
+// EditButtonClick, or with a list to pick from.
+enum TEditStyle { esSimple, esEllipsis, esPickList };
+KELMAR_ENUM(TEditStyle, u"esSimple", u"esEllipsis", u"esPickList");
+
 // The editor over the current cell, a child of the grid. Navigation keys
 // go on to the grid's KeyDown; typing edits the text, which the grid takes
-// through SetEditText.
+// through SetEditText. With esEllipsis, Ctrl+Enter or the button runs the
+// grid's EditButtonClick; with esPickList, Alt+Down, Alt+Up or F4 opens
+// the list, Up and Down move in it, Enter takes the item and Escape closes
+// it.
 class TInplaceEdit : public TCustomMaskEdit {
   KELMAR_CLASS(TInplaceEdit, TCustomMaskEdit)
  public:
@@ -58,6 +66,18 @@ class TInplaceEdit : public TCustomMaskEdit {
   virtual void UpdateContents();
   void Deselect() { SetSelLength(0); }
 
+  TEditStyle EditStyle() const { return editStyle_; }
+  void SetEditStyle(TEditStyle v);
+  TStrings* PickList() const { return pickList_.get(); }
+  bool ListVisible() const { return listVisible_; }
+  // The item marked in the open list, -1 for none.
+  int ListIndex() const { return listIndex_; }
+  void DropDown();
+  // Closes the list; with Accept the marked item becomes the text.
+  void CloseUp(bool Accept);
+  // A click on the editor's button.
+  void ButtonClick();
+
   void KeyDown(Word& Key, TShiftState Shift) override;
   void KeyPress(WideChar& Key) override;
   void KeyUp(Word& Key, TShiftState Shift) override;
@@ -69,8 +89,13 @@ class TInplaceEdit : public TCustomMaskEdit {
 
  private:
   void SendToParent(Word& Key, TShiftState Shift);
+  bool ListKey(Word& Key, TShiftState Shift);
   TCustomGrid* grid_ = nullptr;
   bool loading_ = false;
+  TEditStyle editStyle_ = esSimple;
+  std::unique_ptr<TStringList> pickList_ = std::make_unique<TStringList>();
+  bool listVisible_ = false;
+  int listIndex_ = -1;
 };
 
 using TSelectCellEvent = TEvent<void(TObject* Sender, int ACol, int ARow, bool& CanSelect)>;
@@ -153,6 +178,11 @@ class TCustomGrid : public TCustomControl {
   virtual String GetEditText(int ACol, int ARow) { return String(); }
   virtual void SetEditText(int ACol, int ARow, const String& Value) {}
   virtual String GetEditMask(int ACol, int ARow) { return String(); }
+  virtual TEditStyle GetEditStyle(int ACol, int ARow) { return esSimple; }
+  // Fills the editor's list for a cell of style esPickList.
+  virtual void GetPickList(int ACol, int ARow, TStrings* List) {}
+  // The editor's button was pressed (esEllipsis).
+  virtual void EditButtonClick() {}
   virtual int GetEditLimit() { return 0; }
   virtual bool CanEditShow();
   virtual bool CanEditModify() { return true; }

@@ -284,3 +284,34 @@ TEST_F(DBGridTest, CancelOnExitDropsAnUntouchedNewRecord) {
   EXPECT_EQ(table->State(), dsBrowse);
   EXPECT_EQ(table->RecordCount(), 30);
 }
+
+TEST_F(DBGridTest, PickListColumnsDropDownAndEllipsisColumnsRunTheButton) {
+  TColumn* names = grid->Columns()->Items(1);
+  names->PickList()->SetText(u"Alfa\nBeta\nGama");
+  PressKey(VK_RIGHT);
+  PressKey(VK_F2);
+  TInplaceEdit* ed = grid->InplaceEditor();
+  ASSERT_EQ(ed->EditStyle(), esPickList);
+  // The message the kit dispatches to open the list: Alt+Down.
+  TMessage open{WM_KEYDOWN, VK_DOWN, 0x20000000, 0};
+  ed->Dispatch(open);
+  EXPECT_TRUE(ed->ListVisible());
+  PressKey(VK_DOWN);
+  PressKey(VK_DOWN);
+  PressKey(VK_RETURN);
+  EXPECT_FALSE(ed->ListVisible());
+  EXPECT_EQ(ed->Text(), u"Beta");
+  EXPECT_EQ(table->State(), dsEdit);
+  PressKey(VK_DOWN);
+  table->First();
+  EXPECT_EQ(Name()->AsString(), u"Beta");
+  int clicks = 0;
+  grid->OnEditButtonClick = [&](TObject*) { ++clicks; };
+  names->SetButtonStyle(cbsEllipsis);
+  grid->SetFocus();
+  PressKey(VK_F2);
+  EXPECT_EQ(grid->InplaceEditor()->EditStyle(), esEllipsis);
+  PressKey(VK_RETURN, {ssCtrl});
+  grid->InplaceEditor()->ButtonClick();
+  EXPECT_EQ(clicks, 2);
+}
