@@ -358,12 +358,14 @@ class TTranslator {
         text += std::to_string(local[index]);
       } else if (size_t n = SequenceCall(i, e, text)) {
         used = n;
+        if (LoneSelectItem(b, i, i + n, e, depth, cut)) text += IsKeyword(t_[i + n - 1], "NEXTVAL") ? " AS NEXTVAL" : " AS CURRVAL";
       } else if (t.Kind == tkWord && !afterDot && i + 3 < e && IsSymbol(t_[i + 1], ".") && t_[i + 2].Kind == tkWord &&
                  IsSymbol(t_[i + 3], "(")) {
         text = t_[i + 2].Text;  // pkg.func( : the engine has no packages
         used = 3;
       } else if (IsKeyword(t, "SYSDATE") && !afterDot && !(i + 1 < e && (IsSymbol(t_[i + 1], "(") || IsSymbol(t_[i + 1], ".")))) {
         text = "(datetime('now','localtime'))";
+        if (LoneSelectItem(b, i, i + 1, e, depth, cut)) text += " AS SYSDATE";
       } else if (IsKeyword(t, "MINUS") && !afterDot) {
         text = "EXCEPT";
       } else if (IsKeyword(t, "RETURN") && step.Verb != svSelect && step.Verb != svOther && depth == 0) {
@@ -385,6 +387,17 @@ class TTranslator {
       space = false;
       i += used;
     }
+  }
+
+  // Whether tokens [first, end) make a whole item of the outermost select
+  // list: a rewritten one then gets the label Oracle would give it.
+  bool LoneSelectItem(size_t b, size_t first, size_t end, size_t e, int depth, size_t cut) const {
+    if (depth != 0 || first == b || VerbOf(t_, b, e) != svSelect) return false;
+    const TToken& before = t_[first - 1];
+    if (!IsKeyword(before, "SELECT") && !IsKeyword(before, "DISTINCT") && !IsSymbol(before, ",")) return false;
+    if (end != e && end != cut && !IsSymbol(t_[end], ",") && !IsKeyword(t_[end], "FROM")) return false;
+    // A comma belongs to the select list only before the first FROM.
+    return FindTop(b, first, "FROM") == first;
   }
 
   // seq.NEXTVAL, owner.seq.CURRVAL: returns the tokens used, 0 when none.

@@ -36,6 +36,15 @@ TEST_F(ShimTest, SysdateIsTheLocalTimeNow) {
   EXPECT_EQ(Value(u"SELECT TO_CHAR(SYSDATE, 'YYYY') FROM dual"), std::to_string(local.tm_year + 1900));
   EXPECT_EQ(Value(u"SELECT COUNT(*) FROM goods WHERE made < sysdate"), "2");
   EXPECT_EQ(Value(u"SELECT TRUNC(SYSDATE) <= SYSDATE FROM dual"), "1");
+  // Standing alone in the select list it is labelled as Oracle labels it.
+  Exec(u"CREATE SEQUENCE s");
+  std::unique_ptr<TDbStatement> s;
+  ASSERT_TRUE(Run(*db, u"SELECT sysdate, s.NEXTVAL, s.currval, SYSDATE - 0 AS d FROM dual ORDER BY 1, sysdate", {}, &s));
+  EXPECT_EQ(s->Column(0).Name, u"SYSDATE");
+  EXPECT_EQ(s->Column(0).Type, dcDateTime);
+  EXPECT_EQ(s->Column(1).Name, u"NEXTVAL");
+  EXPECT_EQ(s->Column(2).Name, u"CURRVAL");
+  EXPECT_EQ(s->Column(3).Name, u"D");
 }
 
 TEST_F(ShimTest, MinusIsExcept) {
