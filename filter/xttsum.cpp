@@ -273,6 +273,14 @@ struct TScanSlot {
   const TField* Field;
   int Function;
   double Value;
+  // Number fields read 0 when null, so the scan asks them for the value
+  // alone; a Boolean field has no float value and is asked only when set.
+  bool NullCheck;
+
+  double Read() const {
+    if (!Field) return 0;
+    return NullCheck && Field->IsNull() ? 0 : Field->AsFloat();
+  }
 };
 
 // Back to the record the scan started from, controls enabled again.
@@ -290,14 +298,14 @@ void Accumulate(std::vector<TScanSlot>& slots) {
   for (TScanSlot& slot : slots) {
     switch (slot.Function) {
       case smfSum:
-      case smfAvg: slot.Value += SummedValue(slot.Field); break;
+      case smfAvg: slot.Value += slot.Read(); break;
       case smfMin: {
-        double v = SummedValue(slot.Field);
+        double v = slot.Read();
         if (v < slot.Value) slot.Value = v;
         break;
       }
       case smfMax: {
-        double v = SummedValue(slot.Field);
+        double v = slot.Read();
         if (v > slot.Value) slot.Value = v;
         break;
       }
@@ -327,7 +335,8 @@ void XTTTSummaryCollection::RealCalcSummaries() {
       int function = item->TypeofFunction();
       double first =
           Is(function, smfMin) || Is(function, smfMax) ? dataSet.FieldByName(item->FieldName())->AsFloat() : 0;
-      slots.push_back({item, SummedField(&dataSet, item->FieldName()), function, first});
+      const TField* field = SummedField(&dataSet, item->FieldName());
+      slots.push_back({item, field, function, first, field && field->DataType() == ftBoolean});
     }
     int counter = 0;
     while (!dataSet.Eof()) {
