@@ -16,9 +16,12 @@
 //                it equals the property's Default
 //   enumerations vaIdent with the element name; booleans vaFalse/vaTrue
 //   sets         vaSet, the element names, an empty name
+//                (enumerations and sets whose values have no names: integers)
+//   characters   text of one character
 //   floats       vaExtended (10-byte x87 extended), unless 0
 //   text         vaString when ASCII and at most 255 characters, vaLString
-//                when ASCII and longer, vaUTF8String otherwise; unless empty
+//                when ASCII and longer, vaUTF8String otherwise (vaWString
+//                for text with unpaired surrogates); unless empty
 //   Variants     by their type (see TWriter::WriteVariant), unless Unassigned
 //   objects      a TCollection as vaCollection, each item a vaList of its
 //                properties; a TStrings as "Prop.Strings", a vaList of
@@ -39,8 +42,10 @@
 // it is read; Loaded() is called on each, in reading order, at the end.
 // Bad data raises EReadError ("Stream read error" for a stream that ends
 // early, "Invalid property value" for a value of the wrong kind, "Invalid
-// stream format" for the rest), or EClassNotFound for an unregistered class;
-// the components made by a failed read are deleted again.
+// stream format" for the rest; within a property the message names it:
+// "Error reading Form1.Width: Invalid property value"), or EClassNotFound
+// for an unregistered class; the components made by a failed read are
+// deleted again.
 #pragma once
 
 #include <cstdint>
@@ -222,6 +227,7 @@ void WriteCollectionToStream(TStream* Stream, TCollection* Collection, const Str
                              const String& PropName);
 // Reads such a stream into Collection (cleared first), whatever the
 // wrapper's class and property names; other properties of the wrapper are
-// skipped. On bad data Collection is restored to what it held before and the
-// error raised.
+// skipped. Component references in the items stay unset: there is no root
+// to find them in. On bad data Collection is restored to what it held before
+// and the error raised.
 void ReadCollectionFromStream(TStream* Stream, TCollection* Collection);

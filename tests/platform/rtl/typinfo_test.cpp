@@ -294,8 +294,8 @@ TEST(TypInfoVariantTest, GetPropValueGivesEachKindItsVariant) {
   EXPECT_EQ(GetPropValue(&s, u"Mode"), u"cmDark");
   EXPECT_EQ(GetPropValue(&s, u"Flags"), u"[fA,fC]");
   EXPECT_EQ(GetPropValue(&s, u"Tag"), int64_t{1} << 40);
-  s.SetMode(static_cast<TColorMode>(7));  // no name for it
-  EXPECT_EQ(GetPropValue(&s, u"Mode"), 7);
+  s.SetMode(static_cast<TColorMode>(3));  // within the type, without a name
+  EXPECT_EQ(GetPropValue(&s, u"Mode"), 3);
   // Objects, events, write-only and missing properties: nothing.
   for (const char16_t* name : {u"Peer", u"OnChange", u"CmdRun", u"Missing"})
     EXPECT_TRUE(GetPropValue(&s, name).IsEmpty()) << String(name);
