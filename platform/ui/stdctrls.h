@@ -282,6 +282,11 @@ class TCustomCheckBox : public TWinControl {
 
  protected:
   void MouseClicked() override { Toggle(); }
+  // Shows a state without a click, for controls that load it.
+  void SetStateQuietly(TCheckBoxState v) {
+    state_ = v;
+    Invalidate();
+  }
 
  private:
   TCheckBoxState state_ = cbUnchecked;
