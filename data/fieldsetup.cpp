@@ -49,12 +49,10 @@ String DisplayFormatOf(const TField* field) {
   return String();
 }
 
-// False for a field that has no DisplayFormat.
-bool SetDisplayFormatOf(TField* field, const String& format) {
+// Does nothing to a field that has no DisplayFormat.
+void SetDisplayFormatOf(TField* field, const String& format) {
   if (auto* n = dynamic_cast<TNumericField*>(field)) n->SetDisplayFormat(format);
   else if (auto* d = dynamic_cast<TDateTimeField*>(field)) d->SetDisplayFormat(format);
-  else return false;
-  return true;
 }
 
 // Entry i of a comma list for field i, while both last.
