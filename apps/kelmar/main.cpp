@@ -3,15 +3,19 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "apps/kelmar/commands.h"
+#include "apps/kelmar/querycmd.h"
 
 namespace {
 
 const char* kUsage =
     "usage: kelmar [--version] [--help]\n"
     "       kelmar demo --db FILE         create the sample database (when missing) and list its tables\n"
-    "       kelmar sql --db FILE \"SQL\"    run one statement and print its rows as a table\n";
+    "       kelmar sql --db FILE \"SQL\"    run one statement and print its rows as a table\n"
+    "       kelmar query --db FILE --table T [options]\n"
+    "                                     compose a query from a table and print its rows and summaries\n";
 
 // The value after "--db" among the arguments from `first` on, and the one
 // other argument (the statement), if any.
@@ -46,6 +50,8 @@ int main(int argc, char** argv) {
     }
     return demo ? RunDemo(db, std::cout, std::cerr) : RunSql(db, sql, std::cout, std::cerr);
   }
+  if (argc > 1 && std::strcmp(argv[1], "query") == 0)
+    return RunQueryCommand(std::vector<std::string>(argv + 2, argv + argc), std::cout, std::cerr);
   bool help = argc == 1 || std::strcmp(argv[1], "--help") == 0;
   std::fputs(kUsage, help ? stdout : stderr);
   return help ? 0 : 2;
