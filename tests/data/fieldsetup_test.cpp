@@ -357,16 +357,6 @@ TEST_F(FieldSetupTest, DesignListsForMasterAndDetail) {
   SetDesignFromParams(q, nullptr);
 }
 
-TEST_F(FieldSetupTest, ABadWidthSaysWhichEntry) {
-  TOraQuery* q = Docs(u"SELECT id, name FROM docs");
-  try {
-    SetupFieldWidths(q, u"ten,5");
-    FAIL() << "no error";
-  } catch (const EConvertError& e) {
-    EXPECT_EQ(e.Message, u"'ten' is not a valid integer value");
-  }
-}
-
 // ---- Field params in a list --------------------------------------------------------------
 
 TEST_F(FieldSetupTest, FieldParamsRoundTripThroughAList) {
