@@ -94,3 +94,30 @@ TEST(EditMask, LaysValuesOutWithLiterals) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(SqlScan, PlacesOfArbitraryTextStayInsideIt) {
+  const char16_t* pieces[] = {u":", u"&", u"a", u"'", u"\"", u"--", u"/*", u"*/", u"\n", u"::", u":=", u" ", u"_1", u"\u0103"};
+  uint32_t state = 99;
+  auto next = [&](uint32_t bound) {
+    state = state * 1664525u + 1013904223u;
+    return (state >> 8) % bound;
+  };
+  for (int round = 0; round < 5000; ++round) {
+    String sql;
+    for (uint32_t n = next(16); n > 0; --n) sql += pieces[next(sizeof pieces / sizeof pieces[0])];
+    for (const TSqlPlace& p : ScanSqlPlaces(sql)) {
+      ASSERT_GE(p.Start, 1);
+      ASSERT_LE(p.Start + p.Length - 1, sql.Length()) << sql;
+      ASSERT_FALSE(p.Name.IsEmpty());
+    }
+    // Expanding keeps every parameter: macros give plain text only.
+    String expanded = ExpandSqlMacros(sql, [](const String&) { return String(u" "); });
+    EXPECT_EQ(SqlPlaceNames(ScanSqlPlaces(expanded), TSqlPlace::Param).size(),
+              SqlPlaceNames(ScanSqlPlaces(sql), TSqlPlace::Param).size())
+        << sql;
+  }
+}
+
+}  // namespace
