@@ -63,6 +63,73 @@ void TGridDataLink::Reset() {
   }
 }
 
+// ---- TBookmarkList ----------------------------------------------------------------------
+
+TBookmark TBookmarkList::Items(int index) const {
+  if (index < 0 || index >= Count()) throw EListError(u"List index out of bounds (" + IntToStr(index) + u")");
+  return items_[static_cast<size_t>(index)];
+}
+
+TBookmark TBookmarkList::Current() const {
+  TDataSet* ds = grid_->DataLink()->DataSet();
+  TRecordStore::RowId row;
+  if (!ds || !ds->Active() || !ds->ActiveRow(row)) return TBookmark();
+  return TBookmark{static_cast<int64_t>(row)};
+}
+
+int TBookmarkList::IndexOf(const TBookmark& bookmark) const {
+  auto it = std::lower_bound(items_.begin(), items_.end(), bookmark);
+  return it != items_.end() && *it == bookmark ? static_cast<int>(it - items_.begin()) : -1;
+}
+
+bool TBookmarkList::CurrentRowSelected() const {
+  TBookmark b = Current();
+  return b.Assigned() && IndexOf(b) >= 0;
+}
+
+void TBookmarkList::SetCurrentRowSelected(bool v) {
+  TBookmark b = Current();
+  if (!b.Assigned()) return;
+  auto it = std::lower_bound(items_.begin(), items_.end(), b);
+  bool present = it != items_.end() && *it == b;
+  if (v && !present) items_.insert(it, b);
+  else if (!v && present) items_.erase(it);
+  grid_->Invalidate();
+}
+
+void TBookmarkList::Clear() {
+  if (items_.empty()) return;
+  items_.clear();
+  grid_->Invalidate();
+}
+
+void TBookmarkList::Delete() {
+  TDataSet* ds = grid_->DataLink()->DataSet();
+  if (!ds) return;
+  ds->DisableControls();
+  try {
+    while (!items_.empty()) {
+      TBookmark b = items_.back();
+      if (ds->BookmarkValid(b)) {
+        ds->GotoBookmark(b);
+        ds->Delete();
+      }
+      items_.pop_back();
+    }
+  } catch (...) {
+    ds->EnableControls();
+    throw;
+  }
+  ds->EnableControls();
+}
+
+bool TBookmarkList::Refresh() {
+  TDataSet* ds = grid_->DataLink()->DataSet();
+  size_t before = items_.size();
+  std::erase_if(items_, [ds](const TBookmark& b) { return !ds || !ds->BookmarkValid(b); });
+  return items_.size() != before;
+}
+
 // ---- TCustomDBGrid --------------------------------------------------------------------
 
 KELMAR_PUBLISH(TCustomDBGrid) {
@@ -83,7 +150,8 @@ TCustomDBGrid::TCustomDBGrid(TComponent* AOwner)
     : TCustomGrid(AOwner),
       dataLink_(std::make_unique<TGridDataLink>(this)),
       columns_(std::make_unique<TDBGridColumns>(this)),
-      titleFont_(std::make_unique<TFont>()) {
+      titleFont_(std::make_unique<TFont>()),
+      selectedRows_(std::make_unique<TBookmarkList>(this)) {
   titleFont_->OnChange = [this](TObject*) { LayoutChanged(); };
   SetDefaultRowHeight(17);
   SyncGridOptions();
@@ -285,21 +353,33 @@ void TCustomDBGrid::MoveCol(int RawCol, int Direction) {
 
 // ---- Keyboard and mouse ----------------------------------------------------------------
 
-void TCustomDBGrid::NextRow() {
+void TCustomDBGrid::ClearSelection() {
+  if (dbOptions_.Contains(dgMultiSelect)) selectedRows_->Clear();
+}
+
+void TCustomDBGrid::NextRow(bool select) {
   TDataSet* ds = dataLink_->DataSet();
+  bool marking = select && dbOptions_.Contains(dgMultiSelect);
+  if (marking) selectedRows_->SetCurrentRowSelected(true);
+  else ClearSelection();
   if (ds->State() == dsInsert && !ds->Modified() && !dataLink_->Modified()) {
     if (dataLink_->Eof()) return;
     ds->Cancel();
   } else {
     dataLink_->MoveBy(1);
   }
+  if (marking) selectedRows_->SetCurrentRowSelected(true);
   if (dataLink_->Eof() && ds->CanModify() && !readOnly_ && dbOptions_.Contains(dgEditing)) ds->Append();
 }
 
-void TCustomDBGrid::PriorRow() {
+void TCustomDBGrid::PriorRow(bool select) {
   TDataSet* ds = dataLink_->DataSet();
+  bool marking = select && dbOptions_.Contains(dgMultiSelect);
+  if (marking) selectedRows_->SetCurrentRowSelected(true);
+  else ClearSelection();
   if (ds->State() == dsInsert && !ds->Modified() && dataLink_->Eof() && !dataLink_->Modified()) ds->Cancel();
   else dataLink_->MoveBy(-1);
+  if (marking) selectedRows_->SetCurrentRowSelected(true);
 }
 
 void TCustomDBGrid::Tab(bool goForward) {
@@ -349,8 +429,8 @@ void TCustomDBGrid::KeyDown(Word& Key, TShiftState Shift) {
     return;
   }
   switch (Key) {
-    case VK_UP: PriorRow(); break;
-    case VK_DOWN: NextRow(); break;
+    case VK_UP: PriorRow(Shift.Contains(ssShift)); break;
+    case VK_DOWN: NextRow(Shift.Contains(ssShift)); break;
     case VK_LEFT:
       if (dbOptions_.Contains(dgRowSelect)) PriorRow();
       else MoveCol(Col() - 1, -1);
@@ -399,13 +479,16 @@ void TCustomDBGrid::MouseDown(TMouseButton Button, TShiftState Shift, int X, int
     return;
   }
   if (!dataLink_->Active()) return;
-  if (cell.X == Col() && cell.Y == Row()) {
+  if (cell.X == Col() && cell.Y == Row() && !Shift.Contains(ssCtrl)) {
     if (dbOptions_.Contains(dgEditing)) ShowEditor();
   } else {
     dataLink_->UpdateRecord();
+    if (!Shift.Contains(ssCtrl)) ClearSelection();
     if (cell.Y - Row() != 0) dataLink_->MoveBy(cell.Y - Row());
     if (cell.X >= IndicatorOffset()) MoveCol(cell.X, 0);
   }
+  if (Shift.Contains(ssCtrl) && dbOptions_.Contains(dgMultiSelect))
+    selectedRows_->SetCurrentRowSelected(!selectedRows_->CurrentRowSelected());
   int i = SelectedIndex();
   if (i >= 0 && i < columns_->Count()) CellClick(columns_->Items(i));
 }
@@ -533,8 +616,10 @@ void TCustomDBGrid::DrawCell(int ACol, int ARow, const TRect& ARect, TGridDrawSt
     cv->Brush()->SetColor(column->Color());
     TWinControl* focused = Screen->ActiveControl();
     bool hasFocus = focused && ContainsControl(focused);
-    bool highlight = AState.Contains(gdSelected) && (dbOptions_.Contains(dgAlwaysShowSelection) || hasFocus) &&
-                     (dbOptions_.Contains(dgRowSelect) || !AState.Contains(gdFocused));
+    bool marked = dbOptions_.Contains(dgMultiSelect) && selectedRows_->CurrentRowSelected();
+    bool highlight = marked || (AState.Contains(gdSelected) &&
+                                (dbOptions_.Contains(dgAlwaysShowSelection) || hasFocus) &&
+                                (dbOptions_.Contains(dgRowSelect) || !AState.Contains(gdFocused)));
     if (highlight) {
       cv->Brush()->SetColor(clHighlight);
       cv->Font()->SetColor(clHighlightText);

@@ -22,6 +22,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "platform/db/datasource.h"
 #include "platform/ui/dbcolumns.h"
@@ -66,6 +67,31 @@ class TGridDataLink : public TDataLink {
   bool modified_ = false;
 };
 
+// The records marked in a grid with dgMultiSelect: Ctrl+click marks or
+// unmarks a row, Shift with Up or Down marks the rows passed over, and a
+// plain move clears the marks.
+class TBookmarkList {
+ public:
+  explicit TBookmarkList(TCustomDBGrid* grid) : grid_(grid) {}
+  int Count() const { return static_cast<int>(items_.size()); }
+  TBookmark Items(int index) const;
+  // Whether the record the dataset's fields show is marked (while a row is
+  // drawn, that row's record).
+  bool CurrentRowSelected() const;
+  void SetCurrentRowSelected(bool v);
+  int IndexOf(const TBookmark& bookmark) const;
+  void Clear();
+  // Deletes the marked records from the dataset.
+  void Delete();
+  // Drops the marks of records no longer in the dataset; true when any went.
+  bool Refresh();
+
+ private:
+  TBookmark Current() const;
+  TCustomDBGrid* grid_;
+  std::vector<TBookmark> items_;  // sorted
+};
+
 using TDrawColumnCellEvent =
     TEvent<void(TObject* Sender, const TRect& Rect, int DataCol, TColumn* Column, TGridDrawState State)>;
 using TDBGridClickEvent = TEvent<void(TColumn* Column)>;
@@ -85,6 +111,7 @@ class TCustomDBGrid : public TCustomGrid {
   void SetOptions(TDBGridOptions v);
   bool ReadOnly() const { return readOnly_; }
   void SetReadOnly(bool v) { readOnly_ = v; }
+  TBookmarkList* SelectedRows() const { return selectedRows_.get(); }
   TFont* TitleFont() const { return titleFont_.get(); }
   void SetTitleFont(TFont* v) { titleFont_->Assign(v); }
   bool DefaultDrawing() const { return TCustomGrid::DefaultDrawing(); }
@@ -167,13 +194,16 @@ class TCustomDBGrid : public TCustomGrid {
   void UpdateRowCount();
   void UpdateActive();
   int DataRowsThatFit() const;
-  void NextRow();
-  void PriorRow();
+  // Up and Down; `select` marks the rows passed with dgMultiSelect.
+  void NextRow(bool select = false);
+  void PriorRow(bool select = false);
+  void ClearSelection();
   void Tab(bool goForward);
 
   std::unique_ptr<TGridDataLink> dataLink_;
   std::unique_ptr<TDBGridColumns> columns_;
   std::unique_ptr<TFont> titleFont_;
+  std::unique_ptr<TBookmarkList> selectedRows_;
   TDBGridOptions dbOptions_{dgEditing,    dgTitles, dgIndicator,     dgColumnResize, dgColLines,
                             dgRowLines,   dgTabs,   dgConfirmDelete, dgCancelOnExit};
   bool readOnly_ = false;

@@ -315,3 +315,30 @@ TEST_F(DBGridTest, PickListColumnsDropDownAndEllipsisColumnsRunTheButton) {
   grid->InplaceEditor()->ButtonClick();
   EXPECT_EQ(clicks, 2);
 }
+
+TEST_F(DBGridTest, MultiSelectMarksRowsWithShiftAndCtrl) {
+  grid->SetOptions(grid->Options() << dgMultiSelect);
+  PressKey(VK_DOWN, {ssShift});
+  PressKey(VK_DOWN, {ssShift});
+  EXPECT_EQ(grid->SelectedRows()->Count(), 3);
+  EXPECT_TRUE(grid->SelectedRows()->CurrentRowSelected());
+  PressKey(VK_DOWN);  // a plain move clears the marks
+  EXPECT_EQ(grid->SelectedRows()->Count(), 0);
+  TRect r6 = grid->CellRect(1, 6);
+  MouseClick(grid, r6.Left + 2, r6.Top + 2, mbLeft, {ssCtrl});
+  TRect r8 = grid->CellRect(1, 8);
+  MouseClick(grid, r8.Left + 2, r8.Top + 2, mbLeft, {ssCtrl});
+  EXPECT_EQ(grid->SelectedRows()->Count(), 2);
+  grid->Repaint();
+  const TCanvasOp* marked = grid->Canvas()->FindText(u"N6");
+  const TCanvasOp* plain = grid->Canvas()->FindText(u"N7");
+  ASSERT_NE(marked, nullptr);
+  ASSERT_NE(plain, nullptr);
+  EXPECT_EQ(marked->BrushColor, clHighlight);
+  EXPECT_NE(plain->BrushColor, clHighlight);
+  grid->SelectedRows()->Delete();
+  EXPECT_EQ(table->RecordCount(), 28);
+  EXPECT_EQ(grid->SelectedRows()->Count(), 0);
+  EXPECT_FALSE(table->Locate(u"ID", 6, {}));
+  EXPECT_TRUE(table->Locate(u"ID", 7, {}));
+}
