@@ -136,8 +136,20 @@ enum TVariantRelationship { vrEqual, vrLessThan, vrGreaterThan, vrNotEqual };
 // ---- Variant -------------------------------------------------------------------
 
 class Variant;
+TVariantRelationship VarCompareValue(const Variant& a, const Variant& b);
 
 namespace variant_detail {
+template <class T>
+concept Operand = !std::same_as<std::remove_cvref_t<T>, Variant> && std::is_constructible_v<Variant, const T&>;
+
+inline std::partial_ordering ToOrdering(TVariantRelationship r) {
+  switch (r) {
+    case vrEqual: return std::partial_ordering::equivalent;
+    case vrLessThan: return std::partial_ordering::less;
+    case vrGreaterThan: return std::partial_ordering::greater;
+    default: return std::partial_ordering::unordered;
+  }
+}
 // Types a Variant converts to implicitly: numbers (not characters), text,
 // dates and currency.
 template <class T>
@@ -234,6 +246,41 @@ class Variant {
   Variant& operator*=(const Variant& b);
   Variant& operator/=(const Variant& b);
   Variant operator-() const;
+
+  // Operators are hidden friends: found only when a Variant takes part, so
+  // that comparisons of plain numbers and enumerations elsewhere are never
+  // tempted into converting both sides.
+  // Equality and order by VarCompareValue: Null is neither less nor greater
+  // than anything, and equal only to Null.
+  friend bool operator==(const Variant& a, const Variant& b) { return VarCompareValue(a, b) == vrEqual; }
+  friend std::partial_ordering operator<=>(const Variant& a, const Variant& b) {
+    return variant_detail::ToOrdering(VarCompareValue(a, b));
+  }
+  template <variant_detail::Operand T>
+  friend bool operator==(const Variant& a, const T& b) { return a == Variant(b); }
+  template <variant_detail::Operand T>
+  friend std::partial_ordering operator<=>(const Variant& a, const T& b) { return a <=> Variant(b); }
+
+  friend Variant operator+(Variant a, const Variant& b) { return a += b; }
+  friend Variant operator-(Variant a, const Variant& b) { return a -= b; }
+  friend Variant operator*(Variant a, const Variant& b) { return a *= b; }
+  friend Variant operator/(Variant a, const Variant& b) { return a /= b; }
+  template <variant_detail::Operand T>
+  friend Variant operator+(const Variant& a, const T& b) { return a + Variant(b); }
+  template <variant_detail::Operand T>
+  friend Variant operator+(const T& a, const Variant& b) { return Variant(a) + b; }
+  template <variant_detail::Operand T>
+  friend Variant operator-(const Variant& a, const T& b) { return a - Variant(b); }
+  template <variant_detail::Operand T>
+  friend Variant operator-(const T& a, const Variant& b) { return Variant(a) - b; }
+  template <variant_detail::Operand T>
+  friend Variant operator*(const Variant& a, const T& b) { return a * Variant(b); }
+  template <variant_detail::Operand T>
+  friend Variant operator*(const T& a, const Variant& b) { return Variant(a) * b; }
+  template <variant_detail::Operand T>
+  friend Variant operator/(const Variant& a, const T& b) { return a / Variant(b); }
+  template <variant_detail::Operand T>
+  friend Variant operator/(const T& a, const Variant& b) { return Variant(a) / b; }
 
  private:
   friend struct VariantAccess;
@@ -336,54 +383,6 @@ int VarArrayLowBound(const Variant& v, int dim);
 int VarArrayHighBound(const Variant& v, int dim);
 // Keeps the elements up to the new high bound and fills new ones.
 void VarArrayRedim(Variant& v, int highBound);
-
-// ---- Operators -----------------------------------------------------------------
-
-namespace variant_detail {
-template <class T>
-concept Operand = !std::same_as<std::remove_cvref_t<T>, Variant> && std::is_constructible_v<Variant, const T&>;
-
-inline std::partial_ordering ToOrdering(TVariantRelationship r) {
-  switch (r) {
-    case vrEqual: return std::partial_ordering::equivalent;
-    case vrLessThan: return std::partial_ordering::less;
-    case vrGreaterThan: return std::partial_ordering::greater;
-    default: return std::partial_ordering::unordered;
-  }
-}
-}  // namespace variant_detail
-
-// Equality and order by VarCompareValue: Null is neither less nor greater
-// than anything, and equal only to Null.
-inline bool operator==(const Variant& a, const Variant& b) { return VarCompareValue(a, b) == vrEqual; }
-inline std::partial_ordering operator<=>(const Variant& a, const Variant& b) {
-  return variant_detail::ToOrdering(VarCompareValue(a, b));
-}
-template <variant_detail::Operand T>
-bool operator==(const Variant& a, const T& b) { return a == Variant(b); }
-template <variant_detail::Operand T>
-std::partial_ordering operator<=>(const Variant& a, const T& b) { return a <=> Variant(b); }
-
-inline Variant operator+(Variant a, const Variant& b) { return a += b; }
-inline Variant operator-(Variant a, const Variant& b) { return a -= b; }
-inline Variant operator*(Variant a, const Variant& b) { return a *= b; }
-inline Variant operator/(Variant a, const Variant& b) { return a /= b; }
-template <variant_detail::Operand T>
-Variant operator+(const Variant& a, const T& b) { return a + Variant(b); }
-template <variant_detail::Operand T>
-Variant operator+(const T& a, const Variant& b) { return Variant(a) + b; }
-template <variant_detail::Operand T>
-Variant operator-(const Variant& a, const T& b) { return a - Variant(b); }
-template <variant_detail::Operand T>
-Variant operator-(const T& a, const Variant& b) { return Variant(a) - b; }
-template <variant_detail::Operand T>
-Variant operator*(const Variant& a, const T& b) { return a * Variant(b); }
-template <variant_detail::Operand T>
-Variant operator*(const T& a, const Variant& b) { return Variant(a) * b; }
-template <variant_detail::Operand T>
-Variant operator/(const Variant& a, const T& b) { return a / Variant(b); }
-template <variant_detail::Operand T>
-Variant operator/(const T& a, const Variant& b) { return Variant(a) / b; }
 
 // Prints the kind and the value: Integer 5, UnicodeString "abc", Null.
 void PrintTo(const Variant& v, std::ostream* os);
