@@ -25,8 +25,9 @@ int Width(const String& s) {
 
 void Pad(std::string& line, const String& text, int width, bool right) {
   std::string pad(static_cast<size_t>(std::max(0, width - Width(text))), ' ');
-  if (right) line += pad + text.ToUtf8();
-  else line += text.ToUtf8() + pad;
+  if (right) line += pad;
+  line += text.ToUtf8();
+  if (!right) line += pad;
 }
 
 }  // namespace
@@ -56,7 +57,9 @@ std::string FormatTable(TDataSet* dataSet) {
     Pad(out, fields[i]->DisplayLabel(), widths[i], right);
     rule += std::string(static_cast<size_t>(widths[i]), '-');
   }
-  out += "\n" + rule + "\n";
+  out += '\n';
+  out += rule;
+  out += '\n';
   for (const auto& row : rows) {
     std::string line;
     for (size_t i = 0; i < fields.size(); ++i) {
@@ -64,8 +67,11 @@ std::string FormatTable(TDataSet* dataSet) {
       Pad(line, row[i], widths[i], fields[i]->Alignment() == taRightJustify);
     }
     while (!line.empty() && line.back() == ' ') line.pop_back();
-    out += line + "\n";
+    out += line;
+    out += '\n';
   }
-  out += "(" + std::to_string(rows.size()) + (rows.size() == 1 ? " row)\n" : " rows)\n");
+  out += '(';
+  out += std::to_string(rows.size());
+  out += rows.size() == 1 ? " row)\n" : " rows)\n";
   return out;
 }
