@@ -38,7 +38,13 @@ TField* SummedField(const TDataSet* dataSet, const String& name) {
   return field;
 }
 
-double SummedValue(const TField* field) { return field && !field->IsNull() ? field->AsFloat() : 0; }
+// Null counts as 0. Number fields read 0 when null, so the scan asks them
+// for the value alone; a Boolean field has no float value and is asked only
+// when it holds one.
+double SummedValue(const TField* field) {
+  if (!field || (field->DataType() == ftBoolean && field->IsNull())) return 0;
+  return field->AsFloat();
+}
 
 // ---- Binary form: little-endian int32 and zero-ended 8-bit text ----
 
@@ -273,14 +279,6 @@ struct TScanSlot {
   const TField* Field;
   int Function;
   double Value;
-  // Number fields read 0 when null, so the scan asks them for the value
-  // alone; a Boolean field has no float value and is asked only when set.
-  bool NullCheck;
-
-  double Read() const {
-    if (!Field) return 0;
-    return NullCheck && Field->IsNull() ? 0 : Field->AsFloat();
-  }
 };
 
 // Back to the record the scan started from, controls enabled again.
@@ -298,14 +296,14 @@ void Accumulate(std::vector<TScanSlot>& slots) {
   for (TScanSlot& slot : slots) {
     switch (slot.Function) {
       case smfSum:
-      case smfAvg: slot.Value += slot.Read(); break;
+      case smfAvg: slot.Value += SummedValue(slot.Field); break;
       case smfMin: {
-        double v = slot.Read();
+        double v = SummedValue(slot.Field);
         if (v < slot.Value) slot.Value = v;
         break;
       }
       case smfMax: {
-        double v = slot.Read();
+        double v = SummedValue(slot.Field);
         if (v > slot.Value) slot.Value = v;
         break;
       }
@@ -335,8 +333,7 @@ void XTTTSummaryCollection::RealCalcSummaries() {
       int function = item->TypeofFunction();
       double first =
           Is(function, smfMin) || Is(function, smfMax) ? dataSet.FieldByName(item->FieldName())->AsFloat() : 0;
-      const TField* field = SummedField(&dataSet, item->FieldName());
-      slots.push_back({item, field, function, first, field && field->DataType() == ftBoolean});
+      slots.push_back({item, SummedField(&dataSet, item->FieldName()), function, first});
     }
     int counter = 0;
     while (!dataSet.Eof()) {
