@@ -256,7 +256,6 @@ class TDataSet : public TComponent {
   // Finds the first view position from `from` on whose key fields match;
   // -1 when none.
   int LocateRecord(const String& KeyFields, const Variant& KeyValues, TLocateOptions Options, int from = 0);
-  bool IsCursorOpen() const { return cursorOpen_; }
 
  private:
   friend class TDataSource;

@@ -24,10 +24,6 @@ void TRecordStore::Clear() {
   rows_ = 0;
 }
 
-void TRecordStore::Reserve(size_t rows) {
-  for (Column& c : columns_) c.nulls.reserve((rows + 63) / 64);
-}
-
 TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
   Place p;
   p.length = static_cast<uint32_t>(bytes.size());
@@ -47,11 +43,6 @@ TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
   return p;
 }
 
-size_t TRecordStore::Arena::Bytes() const {
-  size_t total = 0;
-  for (const Block& b : blocks_) total += b.size;
-  return total;
-}
 
 TRecordStore::RowId TRecordStore::AddRow() {
   if (rows_ >= std::numeric_limits<RowId>::max()) throw EDatabaseError(u"Too many records");
@@ -126,8 +117,6 @@ void TRecordStore::Restore(RowId row, const TRowImage& image) {
   }
 }
 
-void TRecordStore::CopyRow(RowId from, RowId to) { Restore(to, Save(from)); }
-
 void TRecordStore::MarkDeleted(RowId row) {
   if ((row >> 6) >= deleted_.size()) deleted_.resize((row >> 6) + 1, 0);
   deleted_[row >> 6] |= uint64_t{1} << (row & 63);
@@ -151,11 +140,4 @@ int64_t TRecordStore::FindInteger(const std::vector<RowId>& rows, size_t from, i
     if (c.ints[row] == value && !((c.nulls[row >> 6] >> (row & 63)) & 1)) return static_cast<int64_t>(i);
   }
   return -1;
-}
-
-size_t TRecordStore::MemoryUsed() const {
-  size_t total = 0;
-  for (const Column& c : columns_)
-    total += c.nulls.capacity() * 8 + c.ints.Bytes() + c.floats.Bytes() + c.places.Bytes() + c.arena.Bytes();
-  return total;
 }

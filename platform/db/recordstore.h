@@ -35,7 +35,6 @@ class TRecordStore {
   void Reset(std::span<const TColumnKind> kinds);
   // Drops every row, keeping the columns.
   void Clear();
-  void Reserve(size_t rows);
 
   int ColumnCount() const { return static_cast<int>(columns_.size()); }
   TColumnKind Kind(int column) const { return columns_[static_cast<size_t>(column)].kind; }
@@ -63,8 +62,6 @@ class TRecordStore {
 
   TRowImage Save(RowId row) const;
   void Restore(RowId row, const TRowImage& image);
-  // Copies every cell of `from` into `to`.
-  void CopyRow(RowId from, RowId to);
 
   // The first position from `from` on in `rows` whose cell equals the
   // value (never a null cell); -1 when none. The search loops of Locate.
@@ -75,8 +72,6 @@ class TRecordStore {
   void MarkDeleted(RowId row);
   bool IsDeleted(RowId row) const { return (row >> 6) < deleted_.size() && ((deleted_[row >> 6] >> (row & 63)) & 1); }
 
-  // Bytes held by the columns, for the memory accounting of benchmarks.
-  size_t MemoryUsed() const;
 
  private:
   // A vector in fixed chunks: growing never moves what is there, so a
@@ -92,7 +87,6 @@ class TRecordStore {
       (*this)[size_++] = v;
     }
     size_t size() const { return size_; }
-    size_t Bytes() const { return chunks_.size() * kSize * sizeof(T); }
 
    private:
     std::vector<std::unique_ptr<T[]>> chunks_;
@@ -112,8 +106,6 @@ class TRecordStore {
     std::string_view View(const Place& p) const {
       return p.length == 0 ? std::string_view() : std::string_view(blocks_[p.block].data.get() + p.offset, p.length);
     }
-    size_t Bytes() const;
-
    private:
     struct Block {
       std::unique_ptr<char[]> data;
