@@ -19,7 +19,8 @@
 //                   master refresh, DBMS output, lock mode
 //   LocateLookup    OnVESKLocateEvent and OnVESKLookupEvent
 //   CFunc           sgCFunc, aggregates on the server
-//   Updater         the updater that runs the record-refresh hooks
+//   Updater         the updater of data/veskupdater.h: autonomous writes,
+//                   skipped record refreshes, the record-refresh hooks
 //
 // A member's properties outside its groups neither exist in C++ nor are
 // published, so a write by name to them falls on the floor. Steps of the
@@ -320,8 +321,6 @@ class TVeskBody : public Base {
   void DoAfterRefresh() override;
 
  private:
-  class TRefreshUpdater;
-
   bool Designing() const { return this->ComponentState().Contains(csDesigning); }
   static bool IsDataReadOnly();
   TOraSession* TransactionSession() const;

@@ -6,30 +6,12 @@
 #include "data/oranavigator.h"
 #include "data/veskbody.h"
 #include "data/veskui.h"
+#include "data/veskupdater.h"
 #include "data/veskutil.h"
 #include "filter/listfilts.h"
 #include "filter/veskorasession.h"
 #include "filter/xttsum.h"
 #include "grid/gridpropcmp.h"
-
-// Runs the summaries' hooks around the re-reading of a record, and skips
-// the re-reading when the dataset asks so.
-template <class Base, class Traits>
-class TVeskBody<Base, Traits>::TRefreshUpdater : public TOraDataSetUpdater {
- public:
-  explicit TRefreshUpdater(TVeskBody* DataSet) : TOraDataSetUpdater(DataSet), body_(DataSet) {}
-
-  bool PerformRefreshRecord() override {
-    if (body_->skipRefreshRecord_) return false;
-    body_->DoBeforeRefreshRecord();
-    bool done = TOraDataSetUpdater::PerformRefreshRecord();
-    body_->DoAfterRefreshRecord();
-    return done;
-  }
-
- private:
-  TVeskBody* body_;
-};
 
 // ---- Construction -------------------------------------------------------------------
 
@@ -37,7 +19,7 @@ template <class B, class T>
 TVeskBody<B, T>::TVeskBody(TComponent* AOwner)
     : B(AOwner), summary_(std::make_unique<XTTTSummaryCollection>(this)) {
   if constexpr (T::SqlComposition) listFilts_ = std::make_unique<TListFilts>(this);
-  if constexpr (T::Updater) this->SetUpdater(new TRefreshUpdater(this));
+  if constexpr (T::Updater) this->SetUpdater(new TVeskUpdater<TVeskBody>(this));
 }
 
 template <class B, class T>
