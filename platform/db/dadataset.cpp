@@ -159,6 +159,7 @@ KELMAR_PUBLISH(TCustomDADataSet) {
   r.Prop(u"RefreshOptions", &TCustomDADataSet::RefreshOptions, &TCustomDADataSet::SetRefreshOptions);
   r.Prop(u"DMLRefresh", &TCustomDADataSet::DMLRefresh, &TCustomDADataSet::SetDMLRefresh).Default = 0;
   r.Prop(u"ReadOnly", &TCustomDADataSet::ReadOnly, &TCustomDADataSet::SetReadOnly).Default = 0;
+  r.Prop(u"FullRefresh", &TCustomDADataSet::FullRefresh, &TCustomDADataSet::SetFullRefresh).Default = 0;
   r.Prop(u"KeyFields", &TCustomDADataSet::KeyFields, &TCustomDADataSet::SetKeyFields);
   r.Prop(u"Session", &TCustomDADataSet::Session, &TCustomDADataSet::SetSession);
   r.Prop(u"BeforeUpdateExecute", &TCustomDADataSet::BeforeUpdateExecute);

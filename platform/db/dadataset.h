@@ -107,6 +107,10 @@ class TCustomDADataSet : public TDataSet {
   // Re-reads inserted and updated records through SQLRefresh.
   bool DMLRefresh() const { return dmlRefresh_; }
   void SetDMLRefresh(bool value) { dmlRefresh_ = value; }
+  // Refresh re-reads the whole statement (it always does here); kept for
+  // the designs that set it from RefreshOptions.
+  bool FullRefresh() const { return fullRefresh_; }
+  void SetFullRefresh(bool value) { fullRefresh_ = value; }
   bool ReadOnly() const { return readOnly_; }
   void SetReadOnly(bool value) { readOnly_ = value; }
   bool CachedUpdates() const { return false; }
@@ -196,6 +200,7 @@ class TCustomDADataSet : public TDataSet {
   bool uniDirectional_ = false;
   bool dmlRefresh_ = false;
   bool readOnly_ = false;
+  bool fullRefresh_ = false;
   TRefreshOptions refreshOptions_;
   int64_t rowsAffected_ = 0;
 };

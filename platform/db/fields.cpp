@@ -1,6 +1,7 @@
 #include "platform/db/fields.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "platform/db/dataset.h"
@@ -374,6 +375,35 @@ Variant TField::OldValue() const {
     case ckBlob: return Variant(BytesToText(c->Bytes));
   }
   return Null();
+}
+
+bool TField::GetData(void* Buffer) const {
+  switch (columnKind_) {
+    case ckInteger: {
+      int64_t v;
+      if (!ReadInteger(v)) return false;
+      if (Buffer) std::memcpy(Buffer, &v, sizeof v);
+      return true;
+    }
+    case ckFloat: {
+      double v;
+      if (!ReadFloat(v)) return false;
+      if (Buffer) std::memcpy(Buffer, &v, sizeof v);
+      return true;
+    }
+    default: {
+      std::string_view v;
+      if (!ReadBytes(v)) return false;
+      if (Buffer && !v.empty()) std::memcpy(Buffer, v.data(), v.size());
+      return true;
+    }
+  }
+}
+
+int TField::DataSize() const {
+  if (columnKind_ == ckInteger || columnKind_ == ckFloat) return 8;
+  std::string_view v;
+  return ReadBytes(v) ? static_cast<int>(v.size()) : 0;
 }
 
 // ---- Text --------------------------------------------------------------------

@@ -174,6 +174,11 @@ class TField : public TComponent {
   void SetValue(const Variant& v) { SetAsVariant(v); }
   // The value the record had before the present edit.
   Variant OldValue() const;
+  // The raw value: false for null. With a buffer, copies DataSize() bytes
+  // into it: an int64 for integer and boolean fields, a double for numbers
+  // and dates, the UTF-8 or blob bytes otherwise.
+  bool GetData(void* Buffer = nullptr) const;
+  int DataSize() const;
 
   // Text: Text is the edit form, DisplayText the display form; both go
   // through OnGetText when it is assigned. Setting Text goes through

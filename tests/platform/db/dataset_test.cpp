@@ -350,7 +350,12 @@ TEST_F(DataSetTest, FieldConversionsAndTheirErrors) {
   name->SetAsString(u"twelve");
   EXPECT_THROW(name->AsInteger(), EConvertError);
   EXPECT_THROW(id->AsDateTime(), EDatabaseError);
+  int64_t raw = 0;
+  EXPECT_TRUE(id->GetData(&raw));
+  EXPECT_EQ(raw, 42);
+  EXPECT_EQ(name->DataSize(), 6);
   id->SetValue(Null());
+  EXPECT_FALSE(id->GetData());
   EXPECT_TRUE(id->IsNull());
   EXPECT_TRUE(id->Value().IsNull());
   EXPECT_EQ(id->AsString(), u"");
