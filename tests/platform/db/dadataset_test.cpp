@@ -182,6 +182,59 @@ TEST_F(SqlDataSetTest, RefreshOptionsReadWhatTheEngineFilledIn) {
   EXPECT_EQ(q->FieldByName(u"QTY")->AsInteger(), 5);
 }
 
+TEST_F(SqlDataSetTest, EditCanLockAndReReadTheRecordFirst) {
+  Exec(u"CREATE TABLE locks (item_id NUMBER(10))");
+  TOraQuery* q = Items();
+  q->SQLLock()->SetText(u"INSERT INTO locks VALUES (:ID)");
+  q->Open();
+  q->Edit();
+  q->Cancel();
+  EXPECT_EQ(Value(u"SELECT COUNT(*) FROM locks"), u"0");
+  q->SetLockMode(lmPessimistic);
+  q->SetRefreshOptions(TRefreshOptions() << roBeforeEdit);
+  Exec(u"UPDATE items SET name = 'seen by edit' WHERE id = 1");
+  q->Edit();
+  EXPECT_EQ(Value(u"SELECT item_id FROM locks"), u"1");
+  EXPECT_EQ(q->FieldByName(u"NAME")->AsString(), u"seen by edit");
+  EXPECT_EQ(q->FieldByName(u"NAME")->OldValue().AsString(), u"seen by edit");
+  q->Cancel();
+}
+
+TEST_F(SqlDataSetTest, DMLRefreshReadsTheWrittenRecordBack) {
+  Exec(u"CREATE TABLE notes (id NUMBER(10) PRIMARY KEY, txt VARCHAR2(20), len NUMBER(10))");
+  Exec(u"INSERT INTO notes VALUES (1, 'abc', 3)");
+  TOraQuery* q = Query(u"SELECT * FROM notes");
+  q->SQLUpdate()->SetText(u"UPDATE notes SET txt = :TXT, len = LENGTH(:TXT) WHERE id = :OLD_ID");
+  q->SQLRefresh()->SetText(u"SELECT len FROM notes WHERE id = :ID");
+  q->Open();
+  q->Edit();
+  q->FieldByName(u"TXT")->SetAsString(u"abcdef");
+  q->Post();
+  EXPECT_EQ(q->FieldByName(u"LEN")->AsInteger(), 3);
+  q->SetDMLRefresh(true);
+  q->Edit();
+  q->FieldByName(u"TXT")->SetAsString(u"ab");
+  q->Post();
+  EXPECT_EQ(q->FieldByName(u"LEN")->AsInteger(), 2);
+}
+
+TEST_F(SqlDataSetTest, InactiveMacrosAndTheStatementGetter) {
+  TOraQuery* q = Items();
+  q->SQL()->SetText(u"SELECT * FROM items &WHERE");
+  q->MacroByName(u"WHERE")->SetValue(u"WHERE id = 7");
+  q->MacroByName(u"WHERE")->SetActive(false);
+  EXPECT_EQ(q->GetFinalSQL(), u"SELECT * FROM items");
+  q->MacroByName(u"WHERE")->SetActive(true);
+  q->Open();
+  EXPECT_EQ(q->RecordCount(), 1);
+  EXPECT_EQ(q->UpdateSQL(stInsert), q->SQLInsert());
+  EXPECT_EQ(q->UpdateSQL(5), q->SQLRefresh());
+  EXPECT_EQ(q->UpdateSQL(0), nullptr);
+  EXPECT_EQ(q->UpdateSQL(6), nullptr);
+  EXPECT_TRUE(IsPropType(q, u"SQL", tkClass));
+  EXPECT_EQ(GetPropInteger(q, u"FetchRows"), 25);
+}
+
 TEST_F(SqlDataSetTest, AFailedPostLeavesTheRecordInEditWithItsValues) {
   TOraQuery* q = Items();
   q->SQLInsert()->SetText(u"INSERT INTO items (id, name, qty) VALUES (:ID, :NAME, :QTY)");
