@@ -328,7 +328,7 @@ class TVeskBody : public Base {
   bool RefreshAfterWrite() const;
   int CurrentRecordCount() { return this->Active() ? this->RecordCount() : 0; }
   TField* FieldAt(int Index) const;
-  String ComposedSQL();
+  String ComposedSQL() requires Traits::SqlComposition;
 
   // The guard.
   bool veskMode_ = false;

@@ -301,7 +301,7 @@ String TVeskBody<B, T>::getVeskSQL() requires T::SqlComposition {
 // The whole statement: the base, then WHERE with the user's and the fixed
 // condition, then ORDER BY.
 template <class B, class T>
-String TVeskBody<B, T>::ComposedSQL() {
+String TVeskBody<B, T>::ComposedSQL() requires T::SqlComposition {
   TStringList lines;
   lines.SetText(getVeskSQL());
   if (!filterSYS_.IsEmpty() || !filter_.IsEmpty()) lines.Add(u"WHERE");
