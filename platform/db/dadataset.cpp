@@ -391,7 +391,16 @@ int TCustomDADataSet::FetchRecords(int count) {
     TRecordStore& store = Store();
     RowId r = store.AddRow();
     int columns = std::min(store.ColumnCount(), cursor_->ColumnCount());
-    for (int c = 0; c < columns; ++c) CopyColumn(store, r, c, *cursor_, c);
+    for (int c = 0; c < columns; ++c) {
+      // The common cases straight into the store; conversions otherwise.
+      TDbKind kind = cursor_->Kind(c);
+      if (kind == dkNull) continue;
+      TColumnKind column = store.Kind(c);
+      if (column == ckInteger && kind == dkInteger) store.SetInteger(r, c, cursor_->AsInteger(c));
+      else if (column == ckFloat && (kind == dkFloat || kind == dkDate)) store.SetFloat(r, c, cursor_->AsFloat(c));
+      else if (column == ckText && kind == dkText) store.SetBytes(r, c, cursor_->AsUtf8(c));
+      else CopyColumn(store, r, c, *cursor_, c);
+    }
     AddFetchedRow(r);
     ++n;
   }

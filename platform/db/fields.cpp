@@ -32,13 +32,11 @@ std::string TextToBytes(const String& text) {
 // UTF-8 to String with a quick path for ASCII, the common case of
 // fetched text.
 String Utf8ToText(std::string_view bytes) {
-  size_t i = 0;
+  unsigned char high = 0;
+  for (char c : bytes) high |= static_cast<unsigned char>(c);
+  if (high >= 0x80) return String::FromUtf8(bytes);
   std::u16string s(bytes.size(), u'\0');
-  for (; i < bytes.size(); ++i) {
-    unsigned char c = static_cast<unsigned char>(bytes[i]);
-    if (c >= 0x80) return String::FromUtf8(bytes);
-    s[i] = c;
-  }
+  for (size_t i = 0; i < bytes.size(); ++i) s[i] = static_cast<unsigned char>(bytes[i]);
   return String(std::move(s));
 }
 

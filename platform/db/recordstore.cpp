@@ -59,23 +59,6 @@ TRecordStore::RowId TRecordStore::AddRow() {
   return row;
 }
 
-void TRecordStore::SetNull(RowId row, int column) {
-  Column& c = columns_[static_cast<size_t>(column)];
-  c.nulls[row >> 6] |= uint64_t{1} << (row & 63);
-}
-
-void TRecordStore::SetInteger(RowId row, int column, int64_t value) {
-  Column& c = columns_[static_cast<size_t>(column)];
-  c.ints[row] = value;
-  MarkPresent(c, row);
-}
-
-void TRecordStore::SetFloat(RowId row, int column, double value) {
-  Column& c = columns_[static_cast<size_t>(column)];
-  c.floats[row] = value;
-  MarkPresent(c, row);
-}
-
 void TRecordStore::SetBytes(RowId row, int column, std::string_view value) {
   Column& c = columns_[static_cast<size_t>(column)];
   if (value.size() > std::numeric_limits<uint32_t>::max()) throw EDatabaseError(u"Value too long for a field");

@@ -55,9 +55,20 @@ class TRecordStore {
     return c.arena.View(c.places[row]);
   }
 
-  void SetNull(RowId row, int column);
-  void SetInteger(RowId row, int column, int64_t value);
-  void SetFloat(RowId row, int column, double value);
+  void SetNull(RowId row, int column) {
+    Column& c = columns_[static_cast<size_t>(column)];
+    c.nulls[row >> 6] |= uint64_t{1} << (row & 63);
+  }
+  void SetInteger(RowId row, int column, int64_t value) {
+    Column& c = columns_[static_cast<size_t>(column)];
+    c.ints[row] = value;
+    MarkPresent(c, row);
+  }
+  void SetFloat(RowId row, int column, double value) {
+    Column& c = columns_[static_cast<size_t>(column)];
+    c.floats[row] = value;
+    MarkPresent(c, row);
+  }
   void SetBytes(RowId row, int column, std::string_view value);
 
   TRowImage Save(RowId row) const;
