@@ -1,0 +1,104 @@
+#include "filter/vesksearch.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/db/fields.h"
+#include "platform/db/memdataset.h"
+#include "platform/ui/controls.h"
+#include "platform/ui/scriptedui.h"
+
+namespace {
+
+class SearchLocate : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    table_ = std::make_unique<TVirtualTable>(nullptr);
+    table_->AddField(u"ID", ftInteger);
+    table_->AddField(u"NAME", ftString, 20);
+    table_->Open();
+    const char16_t* names[] = {u"Apple", u"Apricot", u"Bread", u"Butter", u"Cheese"};
+    for (int i = 0; i < 5; ++i) {
+      table_->Append();
+      table_->FieldByName(u"ID")->SetValue(i + 1);
+      table_->FieldByName(u"NAME")->SetValue(names[i]);
+      table_->Post();
+    }
+    table_->First();
+  }
+  void TearDown() override { EXPECT_EQ(ui_.Verify(), u""); }
+  int Id() const { return table_->FieldByName(u"ID")->AsInteger(); }
+  TField* Name() const { return table_->FieldByName(u"NAME"); }
+
+  TScriptedUserInterface ui_;
+  TUserInterfaceScope scope_{ui_};
+  std::unique_ptr<TVirtualTable> table_;
+  TVeskSearchState state_;
+  TVeskSearchHooks hooks_;
+};
+
+TEST_F(SearchLocate, TypedTextFindsByPrefixAndRemembers) {
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), u"bu", 0, nullptr));
+  EXPECT_EQ(Id(), 4);
+  EXPECT_EQ(state_.LastField, u"NAME");
+  EXPECT_EQ(state_.LastValue, u"bu");
+  EXPECT_EQ(state_.MissField, u"");
+}
+
+TEST_F(SearchLocate, RepeatAsksAndMovesOnFromTheCurrentRecord) {
+  ASSERT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), u"a", 0, nullptr));
+  EXPECT_EQ(Id(), 1);
+  ui_.ExpectInputQuery(u"NAME:", u"a");
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, nullptr, String(), 1, nullptr));
+  EXPECT_EQ(Id(), 2);
+  ui_.ExpectInputQuery(u"NAME:", u"a");
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, nullptr, String(), 1, nullptr));
+  EXPECT_EQ(Id(), 2);
+  EXPECT_EQ(state_.MissField, u"NAME");
+  EXPECT_EQ(state_.MissValue, u"a");
+}
+
+TEST_F(SearchLocate, CancelledQuestionAndVanishedField) {
+  ui_.ExpectInputQuery(u"NAME:", u"", false);
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 0, nullptr));
+  state_.LastField = u"GONE";
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, nullptr, u"x", 0, nullptr));
+}
+
+TEST_F(SearchLocate, NumbersFallBackToTheGeneralSearchOverText) {
+  hooks_.Options = TLocateOptions();
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, table_->FieldByName(u"ID"), u"3", 0, nullptr));
+  EXPECT_EQ(Id(), 3);
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, table_->FieldByName(u"ID"), u"9", 0, nullptr));
+  EXPECT_EQ(state_.MissValue, u"9");
+}
+
+TEST_F(SearchLocate, GridDialogChoosesTextAndMatch) {
+  TWinControl grid(nullptr);
+  bool cancel = false;
+  hooks_.GridDialog = [&](TWinControl* shownFor, String& text, bool& partial, bool&) {
+    EXPECT_EQ(shownFor, &grid);
+    text = u"Bread";
+    partial = false;
+    return !cancel;
+  };
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 1, &grid));
+  EXPECT_EQ(Id(), 3);
+  EXPECT_EQ(state_.LastValue, u"Bread");
+  // Whole match: "Bread" behind the current record is not there.
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 1, &grid));
+  EXPECT_EQ(Id(), 3);
+  cancel = true;
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 1, &grid));
+}
+
+TEST_F(SearchLocate, LookupFieldsRefuseWhileLookupsFilter) {
+  hooks_.LookupFilterCount = 1;
+  TField* name = Name();
+  name->SetFieldKind(fkLookup);
+  ui_.ExpectShowMessage(u"Can't do this");
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, name, u"x", 0, nullptr));
+}
+
+}  // namespace
