@@ -22,7 +22,6 @@ class TMasterLink : public TDataLink {
  protected:
   void ActiveChanged() override {
     if (Active()) detail_->MasterChanged();
-    else detail_->MasterDisabled();
   }
   void RecordChanged(TField* Field) override {
     if (!Field && Active()) detail_->MasterChanged();

@@ -223,12 +223,12 @@ class TDataSet : public TComponent {
   // Write the current record to where records come from; raise to refuse.
   virtual void InternalPost(bool inserting) {}
   virtual void InternalDelete() {}
-  // Re-reads everything; the default re-opens the cursor.
+  // Re-reads the records; the default applies the filter anew to those
+  // held (SQL datasets run their statement again).
   virtual void InternalRefresh();
   virtual bool GetCanModify() const { return true; }
-  // The master moved or changed (detail datasets re-query).
+  // The master opened, moved or changed (detail datasets re-query).
   virtual void MasterChanged() {}
-  virtual void MasterDisabled() {}
 
   // Helpers for descendants.
   void SetState(TDataSetState value);
