@@ -199,6 +199,11 @@ void TCustomForm::VisibleChanged() {
 
 KELMAR_PUBLISH(TForm) {}
 
+KELMAR_PUBLISH(TDataModule) {
+  r.Prop(u"OnCreate", &TDataModule::OnCreate);
+  r.Prop(u"OnDestroy", &TDataModule::OnDestroy);
+}
+
 // ---- TScreen -----------------------------------------------------------------------
 
 KELMAR_PUBLISH(TScreen) {}

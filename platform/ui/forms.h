@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <type_traits>
 #include <vector>
 
 #include "platform/ui/controls.h"
@@ -131,6 +132,18 @@ class TForm : public TCustomForm {
   explicit TForm(TComponent* AOwner) : TCustomForm(AOwner) {}
 };
 
+// A container of non-visual components (menus, dialogues, datasets) that
+// several forms share.
+class TDataModule : public TComponent {
+  KELMAR_CLASS(TDataModule, TComponent)
+ public:
+  explicit TDataModule(TComponent* AOwner) : TComponent(AOwner) {}
+  ~TDataModule() override { OnDestroy(this); }
+
+  TNotifyEvent OnCreate;
+  TNotifyEvent OnDestroy;
+};
+
 // ---- Screen --------------------------------------------------------------------
 
 class TScreen : public TComponent {
@@ -199,11 +212,13 @@ class TApplication : public TComponent {
   void SetTitle(const String& v) { title_ = v; }
   TCustomForm* MainForm() const { return mainForm_; }
   void SetMainForm(TCustomForm* form);
-  // The first form created through CreateForm becomes the main form.
+  // Makes a form or data module owned by the application; the first form
+  // made so becomes the main form.
   template <class T>
   void CreateForm(T*& reference) {
     reference = new T(this);
-    if (!mainForm_) SetMainForm(reference);
+    if constexpr (std::is_base_of_v<TCustomForm, T>)
+      if (!mainForm_) SetMainForm(reference);
   }
 
   // Runs the requests of worker threads (TThread::Synchronize), delivers

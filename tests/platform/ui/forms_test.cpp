@@ -93,6 +93,11 @@ TEST_F(FormsTest, MainFormAndTitle) {
   TForm* main = nullptr;
   Application->CreateForm(main);
   EXPECT_EQ(Application->MainForm(), main);
+  TDataModule* module = nullptr;
+  Application->CreateForm(module);  // a data module is never the main form
+  EXPECT_EQ(module->Owner(), Application);
+  EXPECT_EQ(Application->MainForm(), main);
+  delete module;
   delete main;
   EXPECT_EQ(Application->MainForm(), nullptr);
 }
