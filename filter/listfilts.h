@@ -89,6 +89,10 @@ class TListFilts : public TObject {
   // True when the row has a non-blank expression.
   bool GetIsFiltered(const String& Name) const;
 
+  // Rebuilds FilterText from the rows through the find/filter form, run
+  // hidden with an OK result (filter/fill.cpp).
+  void GenerateFilter();
+
   // ---- Saving and restoring around a failed reopen ----
   // The expressions, expression backups, configs, config backups and lookup
   // modes, a line per entry, column after column.
@@ -110,3 +114,9 @@ class TListFilts : public TObject {
   bool number_ = true;
   String filterText_;
 };
+
+// Runs the find/filter dialogue (filter/fill.h) modally over List, on the
+// field whose real name is RealName, with a grid's text as its input; true
+// when the person pressed OK. The dataset side calls the dialogue through
+// this, so that it needs nothing of the form.
+bool ShowFindFilterForm(TListFilts* List, const String& RealName, const String& Input);
