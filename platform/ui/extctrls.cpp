@@ -1,7 +1,9 @@
 #include "platform/ui/extctrls.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include "platform/rtl/datetime.h"
 #include "platform/rtl/sysutils.h"
 
 // ---- TPanel -------------------------------------------------------------------------
@@ -228,6 +230,45 @@ void TPageControl::DefaultHandler(TMessage& Message) {
   if (Message.Msg == WM_KEYDOWN && (Message.WParam == VK_RIGHT || Message.WParam == VK_LEFT)) {
     SelectNextPage(Message.WParam == VK_RIGHT);
     return;
+  }
+  inherited::DefaultHandler(Message);
+}
+
+// ---- TMonthCalendar -----------------------------------------------------------------------
+
+KELMAR_PUBLISH(TMonthCalendar) {
+  r.Prop(u"Date", &TMonthCalendar::Date, &TMonthCalendar::SetDate);
+  r.Prop(u"MaxDate", &TMonthCalendar::MaxDate, &TMonthCalendar::SetMaxDate);
+  r.Prop(u"MinDate", &TMonthCalendar::MinDate, &TMonthCalendar::SetMinDate);
+  r.Prop(u"OnChange", &TMonthCalendar::OnChange);
+}
+
+TMonthCalendar::TMonthCalendar(TComponent* AOwner) : TWinControl(AOwner), date_(::Date()) {
+  SetTabStop(true);
+  SetBounds(0, 0, 191, 154);
+}
+
+void TMonthCalendar::SetDate(double v) {
+  v = std::floor(v);
+  if (minDate_ != 0 && v < minDate_) v = std::floor(minDate_);
+  if (maxDate_ != 0 && v > maxDate_) v = std::floor(maxDate_);
+  if (v == date_) return;
+  date_ = v;
+  Invalidate();
+  OnChange(this);
+}
+
+void TMonthCalendar::DefaultHandler(TMessage& Message) {
+  if (Message.Msg == WM_KEYDOWN) {
+    switch (Message.WParam) {
+      case VK_LEFT: SetDate(date_ - 1); return;
+      case VK_RIGHT: SetDate(date_ + 1); return;
+      case VK_UP: SetDate(date_ - 7); return;
+      case VK_DOWN: SetDate(date_ + 7); return;
+      case VK_PRIOR: SetDate(IncMonth(date_, -1)); return;
+      case VK_NEXT: SetDate(IncMonth(date_, 1)); return;
+      default: break;
+    }
   }
   inherited::DefaultHandler(Message);
 }

@@ -142,6 +142,31 @@ class TPageControl : public TWinControl {
   TTabSheet* activePage_ = nullptr;
 };
 
+// ---- Calendar -------------------------------------------------------------------------
+
+// A month to pick a day from. Arrows move a day or a week, PgUp and PgDn
+// a month; Date stays within MinDate..MaxDate when they are set (non-zero).
+class TMonthCalendar : public TWinControl {
+  KELMAR_CLASS(TMonthCalendar, TWinControl)
+ public:
+  explicit TMonthCalendar(TComponent* AOwner);
+  // Whole days; the time of day is dropped.
+  double Date() const { return date_; }
+  void SetDate(double v);
+  double MinDate() const { return minDate_; }
+  void SetMinDate(double v) { minDate_ = v; SetDate(date_); }
+  double MaxDate() const { return maxDate_; }
+  void SetMaxDate(double v) { maxDate_ = v; SetDate(date_); }
+
+  LRESULT GetDlgCode() const override { return DLGC_WANTARROWS; }
+  void DefaultHandler(TMessage& Message) override;
+
+  TNotifyEvent OnChange;
+
+ private:
+  double date_ = 0, minDate_ = 0, maxDate_ = 0;
+};
+
 // ---- Up-down, progress ------------------------------------------------------------------
 
 enum TUDBtnType { btNext, btPrev };

@@ -1,5 +1,6 @@
 #include "platform/ui/stdctrls.h"
 
+#include "platform/rtl/datetime.h"
 #include "platform/ui/extctrls.h"
 #include "platform/ui/input.h"
 #include "tests/platform/ui/uifixture.h"
@@ -294,4 +295,23 @@ TEST_F(StdCtrlsTest, ControlsPublishTheirProperties) {
   SetPropString(edit, u"Text", u"abc");
   EXPECT_EQ(GetPropString(edit, u"Text"), u"abc");
   EXPECT_TRUE(IsPropType(edit, u"OnChange", tkMethod));
+}
+
+TEST_F(StdCtrlsTest, MonthCalendarMovesByDaysWeeksAndMonths) {
+  auto* cal = Add<TMonthCalendar>();
+  cal->SetDate(EncodeDate(2024, 1, 31) + 0.75);  // the time is dropped
+  EXPECT_EQ(cal->Date(), EncodeDate(2024, 1, 31));
+  int changes = 0;
+  cal->OnChange = [&](TObject*) { ++changes; };
+  cal->SetFocus();
+  PressKey(VK_RIGHT);
+  EXPECT_EQ(cal->Date(), EncodeDate(2024, 2, 1));
+  PressKey(VK_DOWN);
+  EXPECT_EQ(cal->Date(), EncodeDate(2024, 2, 8));
+  PressKey(VK_NEXT);
+  EXPECT_EQ(cal->Date(), EncodeDate(2024, 3, 8));
+  cal->SetMaxDate(EncodeDate(2024, 3, 10));
+  PressKey(VK_DOWN);
+  EXPECT_EQ(cal->Date(), EncodeDate(2024, 3, 10));
+  EXPECT_EQ(changes, 4);
 }
