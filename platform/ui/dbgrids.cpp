@@ -242,13 +242,21 @@ void TCustomDBGrid::LayoutChanged() {
   Invalidate();
 }
 
+void TCustomDBGrid::UpdateBuffer() {
+  if (layoutLock_ > 0 || !dataLink_->Active()) return;
+  dataLink_->SetBufferCount(DataRowsThatFit());
+  UpdateRowCount();
+  UpdateActive();
+}
+
 void TCustomDBGrid::Resize() {
   inherited::Resize();
-  if (dataLink_->Active()) {
-    dataLink_->SetBufferCount(DataRowsThatFit());
-    UpdateRowCount();
-    UpdateActive();
-  }
+  UpdateBuffer();
+}
+
+void TCustomDBGrid::RowHeightsChanged() {
+  inherited::RowHeightsChanged();
+  UpdateBuffer();
 }
 
 void TCustomDBGrid::UpdateRowCount() {

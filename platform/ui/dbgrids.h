@@ -114,8 +114,6 @@ class TCustomDBGrid : public TCustomGrid {
   TBookmarkList* SelectedRows() const { return selectedRows_.get(); }
   TFont* TitleFont() const { return titleFont_.get(); }
   void SetTitleFont(TFont* v) { titleFont_->Assign(v); }
-  bool DefaultDrawing() const { return TCustomGrid::DefaultDrawing(); }
-  void SetDefaultDrawing(bool v) { TCustomGrid::SetDefaultDrawing(v); }
 
   // The column the cursor is in, as an index into Columns.
   int SelectedIndex() const;
@@ -187,10 +185,13 @@ class TCustomDBGrid : public TCustomGrid {
   void MoveCol(int RawCol, int Direction);
   bool TabStops(int ACol) const override;
   void Notification(TComponent* AComponent, TOperation Operation) override;
+  // A new size or row height changes how many records the window holds.
   void Resize() override;
+  void RowHeightsChanged() override;
 
  private:
   void SyncGridOptions();
+  void UpdateBuffer();
   void UpdateRowCount();
   void UpdateActive();
   int DataRowsThatFit() const;

@@ -342,3 +342,14 @@ TEST_F(DBGridTest, MultiSelectMarksRowsWithShiftAndCtrl) {
   EXPECT_FALSE(table->Locate(u"ID", 6, {}));
   EXPECT_TRUE(table->Locate(u"ID", 7, {}));
 }
+
+TEST_F(DBGridTest, TheWindowFollowsTheSizeAndRowHeight) {
+  EXPECT_EQ(grid->DataLink()->BufferCount(), 10);
+  grid->SetDefaultRowHeight(35);  // the title row too: 198 pixels hold 1 + 4 rows
+  EXPECT_EQ(grid->DataLink()->BufferCount(), 4);
+  EXPECT_EQ(grid->RowCount(), 5);
+  grid->SetHeight(36 * 3);
+  EXPECT_EQ(grid->DataLink()->BufferCount(), 2);
+  PressKey(VK_NEXT);
+  EXPECT_EQ(Id()->AsInteger(), 3);
+}
