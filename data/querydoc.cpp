@@ -71,7 +71,9 @@ void TakeFrom(TDataSet* Query, TDefinition& def) {
 void ApplyTo(TDataSet* Query, TDefinition& def, TForm form) {
   const bool wasActive = Query->Active();
   if (wasActive) Query->Close();
-  for (int i = 0; i < kStatementCount; ++i) SetPropObject(Query, kStatements[i].Property, &def.Statements[i]);
+  // Texts go into the lists themselves: the composer is for the keys below.
+  for (int i = 0; i < kStatementCount; ++i)
+    if (TStrings* lines = StatementOf(Query, kStatements[i].Property)) lines->Assign(&def.Statements[i]);
   for (TTextPart part : kTextOrder[form]) SetPropString(Query, kTexts[part].Property, def.Texts[part]);
   WriteSwitches(Query, def);
   if (XTTTSummaryCollection* summary = SummaryOf(Query)) summary->SetAsText(def.Summary);
