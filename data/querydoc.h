@@ -21,6 +21,9 @@
 // lines and lines starting with ";" vanish, "a = b" comes back as "a=b",
 // and a line "[...]" opens a section wherever it stands.
 //
+// A short key (VeskTableLive, VeskFilterSYS...) is written on one line, its
+// line breaks as blanks.
+//
 // The property list is the same content as name=value lines with short
 // keys ("SQ.SQL", "SQ.STbl", "SQ.SMode"...), long texts split over
 // numbered keys by SetParamSQL; a grid's design stream and the published
