@@ -116,20 +116,20 @@ void ParseFormula(TStrings* list, const String& text) {
       break;
     }
     const WideChar c = text[i];
-    if (cls == ftQuoted && c == quote) {
+    if (cls == tcQuoted && c == quote) {
       flush(i + 1);
       cls = 0;
       quote = 0;
     } else if (c == u'"' || c == u'\'') {
       flush(i);
-      cls = ftQuoted;
+      cls = tcQuoted;
       quote = c;
     } else if (!IsWordChar(c)) {
-      if (cls != ftOther) flush(i);
-      cls = ftOther;
+      if (cls != tcOther) flush(i);
+      cls = tcOther;
     } else {
-      if (cls != ftWord) flush(i);
-      cls = ftWord;
+      if (cls != tcWord) flush(i);
+      cls = tcWord;
     }
   }
   list->EndUpdate();

@@ -24,7 +24,7 @@ enum : int { tiDigits = 1, tiLetters = 2, tiAlphanumeric = 4 };
 String TextIncrement(const String& text, int mode);
 
 // Token classes of ParseFormula, kept as each line's object.
-enum : int { ftWord = 1, ftQuoted = 2, ftOther = 3 };
+enum TFormulaTokenClass : int { tcWord = 1, tcQuoted = 2, tcOther = 3 };
 // Cuts `text` into tokens; MakeFormula joins them back to the same text.
 // Quotes do not make one token of a string: only "''" comes out whole.
 void ParseFormula(TStrings* list, const String& text);

@@ -78,13 +78,13 @@ std::vector<std::pair<String, int>> Tokens(const String& text) {
 TEST(ParseFormulaTest, WordsOthersAndQuotes) {
   using T = std::vector<std::pair<String, int>>;
   EXPECT_EQ(Tokens(u"SUM(A_1)+$X"),
-            (T{{u"SUM", ftWord}, {u"(", ftOther}, {u"A_1", ftWord}, {u")+", ftOther}, {u"$X", ftWord}}));
+            (T{{u"SUM", tcWord}, {u"(", tcOther}, {u"A_1", tcWord}, {u")+", tcOther}, {u"$X", tcWord}}));
   // A string is not one token: the word inside stays replaceable.
   EXPECT_EQ(Tokens(u"'ab c'"),
-            (T{{u"'", ftQuoted}, {u"ab", ftWord}, {u" ", ftOther}, {u"c", ftWord}, {u"'", ftQuoted}}));
-  EXPECT_EQ(Tokens(u"x=''"), (T{{u"x", ftWord}, {u"=", ftOther}, {u"''", ftQuoted}}));
-  EXPECT_EQ(Tokens(u"\"\""), (T{{u"\"\"", ftQuoted}}));
-  EXPECT_EQ(Tokens(u"Ș1"), (T{{u"Ș", ftOther}, {u"1", ftWord}}));  // only ASCII letters are word characters
+            (T{{u"'", tcQuoted}, {u"ab", tcWord}, {u" ", tcOther}, {u"c", tcWord}, {u"'", tcQuoted}}));
+  EXPECT_EQ(Tokens(u"x=''"), (T{{u"x", tcWord}, {u"=", tcOther}, {u"''", tcQuoted}}));
+  EXPECT_EQ(Tokens(u"\"\""), (T{{u"\"\"", tcQuoted}}));
+  EXPECT_EQ(Tokens(u"Ș1"), (T{{u"Ș", tcOther}, {u"1", tcWord}}));  // only ASCII letters are word characters
   EXPECT_TRUE(Tokens(u"").empty());
 }
 
