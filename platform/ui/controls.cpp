@@ -8,6 +8,7 @@
 #include "platform/rtl/sysutils.h"
 #include "platform/ui/forms.h"
 #include "platform/ui/menus.h"
+#include "platform/ui/thread.h"
 
 // ---- Handles and the posted-message queue -----------------------------------
 
@@ -49,6 +50,11 @@ TWinControl* FindControl(HWND handle) {
 }
 
 LRESULT SendMessage(HWND handle, UINT msg, WPARAM wParam, LPARAM lParam) {
+  if (!IsMainThread()) {
+    LRESULT result = 0;
+    TThread::Synchronize(nullptr, [&] { result = SendMessage(handle, msg, wParam, lParam); });
+    return result;
+  }
   TWinControl* c = FindControl(handle);
   return c ? c->Perform(msg, wParam, lParam) : 0;
 }

@@ -59,10 +59,12 @@ using TMouseMoveEvent = TEvent<void(TObject* Sender, TShiftState Shift, int X, i
 
 // ---- Handles and messages ----------------------------------------------------
 
-// The windowed control behind a handle, or null.
+// The windowed control behind a handle, or null. Main thread only.
 TWinControl* FindControl(HWND handle);
 // Synchronous: runs the receiver's WindowProc now and returns its result;
-// 0 for an unknown handle.
+// 0 for an unknown handle. From another thread the call waits until the
+// main thread has run it (in ProcessMessages), as a window's own thread
+// answers a message sent to it.
 LRESULT SendMessage(HWND handle, UINT msg, WPARAM wParam, LPARAM lParam);
 // Queues the message; Application->ProcessMessages() delivers it. False for
 // the null handle. Safe to call from any thread.

@@ -112,3 +112,26 @@ TEST(ThreadTest, AThreadNeverStartedWaitsForNothing) {
   EXPECT_TRUE(w.Suspended());
   EXPECT_EQ(w.WaitFor(), 0);
 }
+
+TEST(ThreadTest, SendMessageFromAWorkerRunsOnTheMainThread) {
+  struct TAnswer : TWinControl {
+    using TWinControl::TWinControl;
+    bool onMain = false;
+    void WndProc(TMessage& m) override {
+      if (m.Msg == WM_USER) {
+        onMain = IsMainThread();
+        m.Result = static_cast<LRESULT>(m.WParam) * 2;
+        return;
+      }
+      TWinControl::WndProc(m);
+    }
+  };
+  TAnswer target(nullptr);
+  LRESULT answer = 0;
+  TWorker w;
+  w.body = [&](TWorker&) { answer = SendMessage(target.Handle(), WM_USER, 21, 0); };
+  w.Start();
+  w.WaitFor();
+  EXPECT_EQ(answer, 42);
+  EXPECT_TRUE(target.onMain);
+}
