@@ -373,6 +373,16 @@ class TVeskBody : public Base {
   bool selfClose_ = false;
   bool refill_ = true;
   std::unique_ptr<TListFilts> listFilts_;
+  // Recomposes with VeskFilter = Text without refilling the filter list;
+  // with OpenClosed also opens a dataset that a refused open left closed.
+  void ComposeKeepingList(const String& Text, bool OpenClosed = false) requires Traits::SqlComposition;
+  // Runs Change (false: nothing to apply) and puts the list's FilterText
+  // into VeskFilter. A failure runs Restore, puts the old VeskFilter back
+  // and travels on.
+  template <class Change, class Restore>
+  bool ApplyListFilter(Change change, Restore restore) requires Traits::SqlComposition;
+  bool SetFilterOnServer(TField* Field, const String& Value, bool Multi, TComponent* Grid)
+      requires Traits::SqlComposition;
 
   // Session group.
   bool notReadOnly_ = false;

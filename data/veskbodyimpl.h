@@ -12,6 +12,7 @@
 #include "filter/veskorasession.h"
 #include "filter/xttsum.h"
 #include "grid/gridpropcmp.h"
+#include "platform/ui/dialogs.h"
 
 // ---- Construction -------------------------------------------------------------------
 
@@ -360,13 +361,106 @@ void TVeskBody<B, T>::RefreshQuery() requires T::SqlComposition {
   this->EnableControls();
 }
 
-// The find/filter dialogue comes with the filter form; until then the
-// commands that open it or apply one expression through it do nothing.
-template <class B, class T>
-void TVeskBody<B, T>::DoFilterCmdShow(const String&) requires T::SqlComposition {}
+// ---- The find/filter route (filter/listfilts.h) ----------------------------------
 
 template <class B, class T>
-void TVeskBody<B, T>::DoFilterCmdSetExpr(const String&) requires T::SqlComposition {}
+void TVeskBody<B, T>::ComposeKeepingList(const String& Text, bool OpenClosed) requires T::SqlComposition {
+  // The reopen would otherwise refill the list from the fields and lose
+  // what the person chose.
+  const bool refill = refill_;
+  refill_ = false;
+  try {
+    setVeskSQLComp(vscFilter, Text);
+    if (OpenClosed && !this->Active()) this->Open();
+  } catch (...) {
+    refill_ = refill;
+    throw;
+  }
+  refill_ = refill;
+}
+
+template <class B, class T>
+template <class Change, class Restore>
+bool TVeskBody<B, T>::ApplyListFilter(Change change, Restore restore) requires T::SqlComposition {
+  const String oldFilter = filter_;
+  const bool wasActive = this->Active();
+  try {
+    if (!change()) return false;
+    ComposeKeepingList(listFilts_->FilterText());
+  } catch (...) {
+    restore();
+    // The engine's refusal is what the caller must hear, not a second
+    // failure of the old text.
+    try {
+      // The refused open left the dataset closed.
+      if (filter_ != oldFilter || (wasActive && !this->Active())) ComposeKeepingList(oldFilter, wasActive);
+    } catch (const Exception&) {
+    }
+    throw;
+  }
+  return true;
+}
+
+template <class B, class T>
+void TVeskBody<B, T>::DoFilterCmdShow(const String& FieldName) requires T::SqlComposition {
+  const String state = listFilts_->GetState();
+  const String name = alias_.IsEmpty() ? FieldName : alias_ + u"." + FieldName;
+  ApplyListFilter([&] { return ShowFindFilterForm(listFilts_.get(), name, String()); },
+                  [&] { listFilts_->SetState(state); });
+}
+
+template <class B, class T>
+void TVeskBody<B, T>::DoFilterCmdSetExpr(const String& Text) requires T::SqlComposition {
+  const int eq = Text.Pos(u"=");
+  if (Text.Length() < 2 || eq < 2) return;
+  const String name = Text.SubString(1, eq - 1);
+  const int row = listFilts_->GetFieldIndex(name);
+  if (row < 0) return;
+  TStringList* expressions = listFilts_->Column(TListFilts::lfExpression);
+  TStringList* configs = listFilts_->Column(TListFilts::lfConfig);
+  // After a restore the value columns may have no entry for the row yet.
+  for (TStringList* column : {expressions, configs})
+    while (column->Count() <= row) column->Add(u" ");
+  const String oldExpression = expressions->Strings(row), oldConfig = configs->Strings(row);
+  const String oldText = listFilts_->FilterText();
+  ApplyListFilter(
+      [&] {
+        expressions->SetStrings(row, Text.SubString(eq + 1, Text.Length() - eq));
+        configs->SetStrings(row, u"00");
+        listFilts_->GenerateFilter();
+        return true;
+      },
+      [&] {
+        expressions->SetStrings(row, oldExpression);
+        configs->SetStrings(row, oldConfig);
+        listFilts_->SetFilterText(oldText);
+      });
+}
+
+template <class B, class T>
+bool TVeskBody<B, T>::SetFilterOnServer(TField* Field, const String& Value, bool Multi, TComponent* Grid)
+    requires T::SqlComposition {
+  const String name = alias_.IsEmpty() ? Field->FieldName() : alias_ + u"." + Field->FieldName();
+  if (Value.IsEmpty()) {
+    const String state = listFilts_->GetState();
+    const String input = Grid ? Field->DisplayText() : String();
+    return ApplyListFilter([&] { return ShowFindFilterForm(listFilts_.get(), name, input); },
+                           [&] { listFilts_->SetState(state); });
+  }
+  String condition = Multi ? name + u" IN(" + Value + u")" : name + u"='" + Value + u"'";
+  if (!listFilts_->FilterText().IsEmpty()) condition = u"(" + listFilts_->FilterText() + u")AND " + condition;
+  const String oldFilter = filter_;
+  try {
+    setVeskSQLComp(vscFilter, condition);
+    // "5" names no field: the clicked field's own row stays unfiltered.
+    listFilts_->SetFieldExpr(u"5", Value);
+    listFilts_->SetFilterText(condition);
+  } catch (const Exception& e) {
+    ShowMessage(e.Message);
+    ComposeKeepingList(oldFilter, true);
+  }
+  return true;
+}
 
 template <class B, class T>
 bool TVeskBody<B, T>::RefreshAfterWrite() const {
