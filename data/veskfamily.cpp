@@ -1,6 +1,7 @@
 #include "data/veskfamily.h"
 
 #include "data/veskbodyimpl.h"
+#include "data/veskodacsmartquerylib.h"
 #include "platform/db/datasource.h"
 
 template class TVeskBody<TOraTable, TVeskODACTableQueryTraits>;
@@ -14,7 +15,7 @@ KELMAR_PUBLISH(TVeskODACProc) { PublishVeskBody(r); }
 KELMAR_PUBLISH(TVeskQuery1) { PublishVeskBody(r); }
 
 void RegisterVeskFamily() {
-  for (TClass cls : {TVeskODACQuery::StaticClass(), TVeskODACTableQuery::StaticClass(),
+  for (TClass cls : {TVeskODACQuery::StaticClass(), TVeskODACSmartQuery::StaticClass(), TVeskODACTableQuery::StaticClass(),
                      TVeskODACNNTab::StaticClass(), TVeskODACProc::StaticClass(), TVeskQuery1::StaticClass(),
                      TVeskTable1::StaticClass(), TVeskVirt::StaticClass()})
     RegisterClass(cls);
