@@ -50,7 +50,7 @@ class Formatter {
   }
 
  private:
-  struct Spec {
+  struct Directive {
     bool left = false;
     bool zeroPad = false;
     int width = 0;
@@ -64,7 +64,7 @@ class Formatter {
       out_ += u'%';
       return i + 1;
     }
-    Spec spec;
+    Directive dir;
     // An index is a number or '*' followed by ':'.
     {
       size_t j = i;
@@ -74,17 +74,17 @@ class Formatter {
         i = j + 1;
       }
     }
-    if (i < f.size() && f[i] == u'-') spec.left = true, ++i;
-    if (i < f.size() && f[i] == u'0') spec.zeroPad = true;
-    if (std::optional<int> w = Number(f, i, true)) spec.width = *w;
+    if (i < f.size() && f[i] == u'-') dir.left = true, ++i;
+    if (i < f.size() && f[i] == u'0') dir.zeroPad = true;
+    if (std::optional<int> w = Number(f, i, true)) dir.width = *w;
     if (i < f.size() && f[i] == u'.') {
       ++i;
-      spec.precision = Number(f, i, true).value_or(0);
+      dir.precision = Number(f, i, true).value_or(0);
     }
     while (i < f.size() && (f[i] == u'l' || f[i] == u'h' || f[i] == u'L')) ++i;
     if (i >= f.size()) RaiseInvalid(format_);
-    spec.type = f[i] >= u'A' && f[i] <= u'Z' ? static_cast<char16_t>(f[i] + 32) : f[i];
-    Emit(spec);
+    dir.type = f[i] >= u'A' && f[i] <= u'Z' ? static_cast<char16_t>(f[i] + 32) : f[i];
+    Emit(dir);
     return i + 1;
   }
 
@@ -128,30 +128,30 @@ class Formatter {
     return args_[static_cast<size_t>(next_++)];
   }
 
-  void Emit(const Spec& spec) {
+  void Emit(const Directive& dir) {
     String body;
     bool numeric = true;
-    switch (spec.type) {
-      case u'd': body = Decimal(Take(), spec.precision); break;
-      case u'u': body = Unsigned(Take(), spec.precision, 10); break;
-      case u'x': body = Unsigned(Take(), spec.precision, 16); break;
+    switch (dir.type) {
+      case u'd': body = Decimal(Take(), dir.precision); break;
+      case u'u': body = Unsigned(Take(), dir.precision, 10); break;
+      case u'x': body = Unsigned(Take(), dir.precision, 16); break;
       case u'e':
       case u'f':
       case u'g':
       case u'n':
-      case u'm': body = Float(Take(), spec); break;
-      case u's': body = Text(Take(), spec.precision), numeric = false; break;
+      case u'm': body = Float(Take(), dir); break;
+      case u's': body = Text(Take(), dir.precision), numeric = false; break;
       case u'p': body = PointerText(Take()), numeric = false; break;
       default: RaiseInvalid(format_);
     }
-    Pad(body, spec, numeric && spec.zeroPad && !(spec.precision >= 0 && (spec.type == u'd' || spec.type == u'u' || spec.type == u'x')));
+    Pad(body, dir, numeric && dir.zeroPad && !(dir.precision >= 0 && (dir.type == u'd' || dir.type == u'u' || dir.type == u'x')));
   }
 
-  void Pad(const String& body, const Spec& spec, bool zeros) {
-    const int fill = spec.width - body.Length();
+  void Pad(const String& body, const Directive& dir, bool zeros) {
+    const int fill = dir.width - body.Length();
     if (fill <= 0) {
       out_.append(body.view());
-    } else if (spec.left) {
+    } else if (dir.left) {
       out_.append(body.view());
       out_.append(static_cast<size_t>(fill), u' ');
     } else if (zeros) {
@@ -212,7 +212,7 @@ class Formatter {
     return MinDigits(buf, precision);
   }
 
-  String Float(const FormatArg& a, const Spec& spec) {
+  String Float(const FormatArg& a, const Directive& dir) {
     double v;
     if (a.Kind() == FormatArg::fkFloat) {
       v = a.Float();
@@ -226,8 +226,8 @@ class Formatter {
       RaiseInvalid(format_);
     }
     v += 0.0;  // -0.0 prints as 0
-    const int p = spec.precision;
-    switch (spec.type) {
+    const int p = dir.precision;
+    switch (dir.type) {
       case u'e': return FloatToStrF(v, ffExponent, p < 0 ? 15 : p, 3);
       case u'g': return FloatToStrF(v, ffGeneral, p < 0 ? 15 : p, 3);
       case u'f': return FloatToStrF(v, ffFixed, 18, p < 0 ? 2 : p);
