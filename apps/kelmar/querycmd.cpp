@@ -7,16 +7,18 @@
 #include "apps/kelmar/tableprinter.h"
 #include "data/veskodacquerylib.h"
 #include "drivers/sqlite/sqlitedriver.h"
+#include "filter/listfilts.h"
 #include "filter/xttsum.h"
 
 const char* const kQueryUsage =
     "usage: kelmar query --db FILE --table T [--alias A] [--where TEXT] [--sys-filter TEXT] [--order TEXT]\n"
-    "                    [--summary \"FIELD=2,sum;...\"] [--show-sql]\n";
+    "                    [--summary \"FIELD=2,sum;...\"] [--filter \"FIELD=condition\"]... [--show-sql]\n";
 
 namespace {
 
 struct TQueryArgs {
   std::map<std::string, std::string> values;  // by option name
+  std::vector<std::string> filters;           // --filter, in order
   bool showSql = false;
 };
 
@@ -27,6 +29,12 @@ bool Parse(const std::vector<std::string>& args, TQueryArgs& parsed) {
   for (size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--show-sql") {
       parsed.showSql = true;
+      continue;
+    }
+    if (args[i] == "--filter") {
+      // A field name, "=", and the condition as a person types it.
+      if (i + 1 >= args.size() || args[i + 1].find('=') == std::string::npos || args[i + 1][0] == '=') return false;
+      parsed.filters.push_back(args[++i]);
       continue;
     }
     bool known = false;
@@ -74,8 +82,19 @@ int RunQueryCommand(const std::vector<std::string>& args, std::ostream& out, std
     query.SetVeskTableLive(Arg(parsed, "--table"));
     // The summary text takes one item per line; the option separates them by ";".
     query.XTTSummary()->SetAsText(StringReplace(Arg(parsed, "--summary"), u";", u"\n", TReplaceFlags{rfReplaceAll}));
-    if (parsed.showSql) out << query.SQL()->Text().ToUtf8() << "\n";
     query.Open();
+    // Each condition goes the way of the filter dialogue's typing, and the
+    // query is recomposed and reopened after each.
+    for (const std::string& filter : parsed.filters) {
+      const String text = String::FromUtf8(filter);
+      const String field = text.SubString(1, text.Pos(u"=") - 1);
+      if (query.ListFilts()->GetFieldIndex(field) < 0) {
+        err << "kelmar: the query has no field " << field.ToUtf8() << " to filter\n";
+        return 1;
+      }
+      query.SetFilterCmdSetExpr(text);
+    }
+    if (parsed.showSql) out << query.SQL()->Text().ToUtf8() << "\n";
     out << FormatTable(&query);
     XTTTSummaryCollection* summary = query.XTTSummary();
     if (summary->Count() > 0) {

@@ -3,7 +3,13 @@
 //
 //   kelmar query --db FILE --table T [--alias A] [--where TEXT]
 //                [--sys-filter TEXT] [--order TEXT]
-//                [--summary "FIELD=2,sum;..."] [--show-sql]
+//                [--summary "FIELD=2,sum;..."] [--filter "FIELD=condition"]...
+//                [--show-sql]
+//
+// Each --filter puts a condition on one field in the filter value language
+// (">3", "1 2", ">=5,<=9", "ap"), as a person types it into the find/filter
+// dialogue: text compares whole, ignoring case. --show-sql prints the
+// statement as the filters left it.
 #pragma once
 
 #include <iosfwd>

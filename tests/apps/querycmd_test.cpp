@@ -89,4 +89,37 @@ TEST_F(QueryCommand, AFailingStatementReportsTheOpenErrorWithItsText) {
   EXPECT_EQ(out_.str(), "");
 }
 
+TEST_F(QueryCommand, FiltersGoThroughTheValueLanguageAndShowInTheStatement) {
+  ASSERT_EQ(Run({"--db", db_, "--table", "GOODS", "--alias", "G", "--filter", "PRICE=>=3,<=4", "--filter",
+                 "NAME=butter", "--show-sql"}),
+            0)
+      << err_.str();
+  const std::string out = out_.str();
+  // A line per field, in the fields' order.
+  const size_t name = out.find("(( UPPER(G.NAME) = UPPER('butter') ))");
+  const size_t price = out.find("AND((G.PRICE>=3) AND (G.PRICE<=4))");
+  EXPECT_NE(name, std::string::npos) << out;
+  EXPECT_NE(price, std::string::npos) << out;
+  EXPECT_LT(name, price);
+  EXPECT_NE(out.find("Butter"), std::string::npos) << out;
+  for (const char* gone : {"Apricot", "Apple", "Bread"}) EXPECT_EQ(out.find(gone), std::string::npos) << gone;
+
+  ASSERT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "QTY=5 7", "--filter", "QTY=is null"}), 0)
+      << err_.str();
+  // The second condition on a field replaces the first.
+  EXPECT_NE(out_.str().find("Bread"), std::string::npos) << out_.str();
+  EXPECT_EQ(out_.str().find("Butter"), std::string::npos) << out_.str();
+}
+
+TEST_F(QueryCommand, BadFiltersAreRefusedClearly) {
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "PRICE"}), 2);
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "=5"}), 2);
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "COLOUR=red"}), 1);
+  EXPECT_EQ(err_.str(), "kelmar: the query has no field COLOUR to filter\n");
+  // A quote closes the literal early: the engine refuses the statement.
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "NAME=it's"}), 1);
+  EXPECT_EQ(err_.str().rfind("kelmar: ", 0), 0u);
+  EXPECT_EQ(out_.str(), "");
+}
+
 }  // namespace
