@@ -34,6 +34,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "data/lookupfilters.h"
 #include "data/veskcontract.h"
 #include "data/veskpos.h"
 #include "platform/db/bdedataset.h"
@@ -62,7 +63,7 @@ struct TVeskNoGroups {
 String VeskLookupTableName(TDataSet* LookupDataSet);
 
 template <class Base, class Traits>
-class TVeskBody : public Base {
+class TVeskBody : public Base, public TVeskFilterHost {
  public:
   using inherited = Base;
   using TTraits = Traits;
@@ -146,14 +147,41 @@ class TVeskBody : public Base {
   // Fired after a write that rebuilt SQL, with what changed (vsc...).
   TVeskSQLChangedEvent VeskSQLChanged;
 
-  // ---- Client filters ----
-  // The record filter installed by SetFiltered: the application's
-  // OnVeskFilterRecord has the last word.
+  // ---- Client filters (data/lookupfilters.h) ----
+  // The lookup filters and search fields, keyed by KeyFields and FieldName.
+  TVeskFilterLists& FilterLists() override { return filterLists_; }
+  bool addLF(TField* Field, const String& Text, int Partial, bool CaseSens) {
+    return filterLists_.addLF(Field, Text, Partial, CaseSens);
+  }
+  bool addSF(TField* Field, const String& Text, int Partial, bool CaseSens) {
+    return filterLists_.addSF(Field, Text, Partial, CaseSens);
+  }
+  bool removeLF(const String& Key) { return filterLists_.removeLF(Key); }
+  bool removeSF(const String& Key) { return filterLists_.removeSF(Key); }
+  String getLF(const String& Key) const { return filterLists_.getLF(Key); }
+  String getSF(const String& Key) const { return filterLists_.getSF(Key); }
+  bool isLF(const String& Key) const { return filterLists_.isLF(Key); }
+  bool isSF(const String& Key) const { return filterLists_.isSF(Key); }
+  int GetIndexLF(const String& Key) const { return filterLists_.GetIndexLF(Key); }
+  int GetIndexSF(const String& Key) const { return filterLists_.GetIndexSF(Key); }
+  // The lookup-filter flag: SetFiltered installs the record filter.
+  void EnabledLookUpFilter(bool Value) { filterLists_.SetLookUpFilter(Value); }
+  // The record filter installed by SetFiltered: the lists, then the
+  // application's OnVeskFilterRecord has the last word.
   void VeskSetOnFilterRecord(TDataSet* DataSet, bool& Accept);
   void SetFiltered(bool Value) override;
   // Drops the client filters; without Keep also restores the filter text
   // and, with composition, clears the user's condition on the server.
   void freeFilters(bool Keep);
+  // The one-click filter on a column: by SQL for a data field under
+  // VeskSQLServer, else on the client (lists, Filter text or VeskExtFilter).
+  // Multi: Value is a comma list, and a grid asks for field and value when
+  // none is given. False when the user cancels.
+  bool setFilter(TField* Field, const String& Value, bool Multi, TComponent* Grid);
+  // A locate over the fields' values, for lookup and calculated fields.
+  bool LocateLKCALC(const String& KeyFields, const Variant& KeyValues, TLocateOptions Options, bool Forward) {
+    return ::LocateLKCALC(this, KeyFields, KeyValues, Options, Forward);
+  }
   TFilterRecordEvent OnVeskFilterRecord;
   // Filtered datasets append behind their last visible record.
   void Append();
@@ -356,6 +384,8 @@ class TVeskBody : public Base {
   // filter of the kit changes it.
   String pristineFilter_;
   bool pristineFilterPending_ = true;
+  TVeskFilterLists filterLists_;
+  bool SetFilterOnClient(TField* Field, String Value, bool Multi, TComponent* Grid);
 
   // Summaries.
   TComponent* statusBar_ = nullptr;

@@ -124,28 +124,128 @@ bool TVeskBody<B, T>::locate(TField* Field, const String& Value, bool Repeat) {
 
 template <class B, class T>
 void TVeskBody<B, T>::VeskSetOnFilterRecord(TDataSet* DataSet, bool& Accept) {
+  Accept = false;
+  if (!filterLists_.Accepts(DataSet)) return;
   Accept = true;
   OnVeskFilterRecord(DataSet, Accept);
 }
 
 template <class B, class T>
 void TVeskBody<B, T>::SetFiltered(bool Value) {
-  if (Value && OnVeskFilterRecord) this->OnFilterRecord = TFilterRecordEvent(this, &TVeskBody::VeskSetOnFilterRecord);
+  filterLists_.Reset();
+  if ((filterLists_.LookUpFilter() && !this->OnFilterRecord) || (Value && OnVeskFilterRecord))
+    this->OnFilterRecord = TFilterRecordEvent(this, &TVeskBody::VeskSetOnFilterRecord);
   B::SetFiltered(Value);
 }
 
 template <class B, class T>
 void TVeskBody<B, T>::freeFilters(bool Keep) {
+  const bool hadLists = filterLists_.CountLF() > 0 || filterLists_.CountSF() > 0;
+  filterLists_.Clear();
   if (Keep) return;
+  // Only a filter text that the kit changed goes back; one the application
+  // set and the kit never touched stays.
+  if (!pristineFilterPending_ && this->Filter() != pristineFilter_) this->SetFilter(pristineFilter_);
   SetFiltered(!this->Filter().IsEmpty());
   VeskExtFilterFree(this);
   this->OnFilterRecord = nullptr;
+  // The records the lists hid come back.
+  if (hadLists && this->Active() && this->Filtered()) {
+    B::SetFiltered(false);
+    B::SetFiltered(true);
+  }
   if constexpr (T::SqlComposition) {
     if (!filter_.IsEmpty() || veskSQLServer_) {
       listFilts_->ClearValues();
       setVeskSQLComp(vscFilter, String());
     }
   }
+}
+
+template <class B, class T>
+bool TVeskBody<B, T>::setFilter(TField* Field, const String& Value, bool Multi, TComponent* Grid) {
+  if (!Field) return false;
+  if constexpr (T::SqlComposition) {
+    if (Field->FieldKind() == fkData && veskSQLServer_) {
+      return SetFilterOnServer(Field, Value, Multi, Grid);
+    }
+  }
+  return SetFilterOnClient(Field, Value, Multi, Grid);
+}
+
+template <class B, class T>
+bool TVeskBody<B, T>::SetFilterOnClient(TField* Field, String Value, bool Multi, TComponent* Grid) {
+  const String oldFilter = this->Filter();
+  const TFilterOptions oldOptions = this->FilterOptions();
+  const bool oldFiltered = this->Filtered();
+  TClientFilterQuery query;
+  query.DataSet = this;
+  query.Grid = Grid;
+  query.Field = Field;
+  query.Value = Value;
+  if constexpr (T::SqlComposition) {
+    query.Partial = listFilts_->TextOption();
+    query.CaseSens = listFilts_->CaseSensitive();
+  }
+  if (Grid && Multi && Field->FieldKind() != fkCalculated && Value.IsEmpty()) {
+    TClientFilterDialogue ask = ClientFilterDialogue();
+    if (!ask || !ask(query) || !query.Field) return true;
+    Field = query.Field;
+    Value = query.Value;
+  }
+  if (pristineFilterPending_) {
+    pristineFilter_ = this->Filter();
+    pristineFilterPending_ = false;
+  }
+  String text = this->Filter();
+  try {
+    auto toList = [&](auto add, auto remove, const String& key) {
+      if (Value.IsEmpty()) {
+        (filterLists_.*remove)(key);
+        this->Refresh();
+        filterLists_.SetLookUpFilter(true);
+      } else if ((filterLists_.*add)(Field, Value, query.Partial, query.CaseSens)) {
+        filterLists_.SetLookUpFilter(true);
+        text = String();
+      }
+    };
+    switch (Field->FieldKind()) {
+      case fkData:
+        if (Field->DataType() == ftString && query.Partial != 0) {
+          toList(&TVeskFilterLists::addSF, &TVeskFilterLists::removeSF, Field->FieldName());
+        } else {
+          const String condition = ClientFilterCondition(Field, Value, Multi);
+          text = text.IsEmpty() ? condition : u"(" + text + u") AND " + condition;
+          filterLists_.SetLookUpFilter(false);
+        }
+        break;
+      case fkCalculated:
+        VeskExtFilter(this);
+        return true;
+      case fkLookup:
+        toList(&TVeskFilterLists::addLF, &TVeskFilterLists::removeLF, Field->KeyFields());
+        break;
+      default:
+        return true;
+    }
+    if (filterLists_.LookUpFilter()) {
+      SetFiltered(false);
+      SetFiltered(true);
+    } else if (text != this->Filter()) {
+      this->SetFilter(text);
+      if (Multi) SetFiltered(false);
+      SetFiltered(!text.IsEmpty());
+    }
+  } catch (Exception& e) {
+    e.Message = u"Invalid filter: " + text + u"\n" + e.Message;
+    if (!oldFilter.IsEmpty()) e.Message += u"\nRestored old filter: " + oldFilter;
+    B::SetFiltered(false);
+    this->SetFilterOptions(oldOptions);
+    this->SetFilter(oldFilter);
+    SetFiltered(oldFiltered);
+    throw;
+  }
+  return true;
 }
 
 template <class B, class T>
@@ -703,6 +803,7 @@ void TVeskBody<B, T>::DoAfterOpen() {
 
 template <class B, class T>
 void TVeskBody<B, T>::DoAfterClose() {
+  filterLists_.Reset();
   B::DoAfterClose();
   if (!Designing() && showSummary_) ClearStatusPanels(XTTStatusBar());
   if (selfClose_) return;
