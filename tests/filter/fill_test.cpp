@@ -61,7 +61,7 @@ TEST_F(FindFilterTest, SetExprFiltersNumbersAndTextThroughTheEngine) {
   // text compares whole and ignores case.
   q->SetFilterCmdSetExpr(u"NAME=BUTTER");
   EXPECT_EQ(Ids(q), u"3");
-  EXPECT_NE(q->VeskFilter().Pos(u"(( UPPER(G.NAME) = UPPER('BUTTER') ))\nAND((G.PRICE>=3) AND (G.PRICE<10))"), 0)
+  EXPECT_NE(q->VeskFilter().Pos(u"(( UPPER(G.NAME) = UPPER('BUTTER') ))\r\nAND((G.PRICE>=3) AND (G.PRICE<10))"), 0)
       << q->VeskFilter();
   // Only the first "=" divides: the condition itself is "=4".
   q->SetFilterCmdSetExpr(u"NAME=is not null");
