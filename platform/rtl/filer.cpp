@@ -209,6 +209,7 @@ void TWriter::WriteProperties(TPersistent* Instance) {
 
 void TWriter::WriteProperty(TPersistent* Instance, const TPropInfo& Info, const String& Prefix) {
   if (!Info.Readable() || !Info.Writable() || Info.Kind == tkMethod) return;
+  if (auto* stored = dynamic_cast<const TStoredProperties*>(Instance); stored && !stored->IsPropertyStored(Info)) return;
   // The header carries a component's name.
   if (Prefix.IsEmpty() && SameText(Info.Name, u"Name") && dynamic_cast<TComponent*>(Instance)) return;
   const String path = Prefix + Info.Name;

@@ -82,6 +82,17 @@ class TFiler : public TObject {
   TComponent* root_ = nullptr;
 };
 
+// An object that decides which of its properties a stream keeps, as the
+// historical "stored" clauses did (a grid column keeps only the values
+// assigned to it, not those it takes from its field).
+class TStoredProperties {
+ public:
+  virtual bool IsPropertyStored(const TPropInfo& Prop) const = 0;
+
+ protected:
+  ~TStoredProperties() = default;
+};
+
 class TWriter : public TFiler {
   KELMAR_CLASS(TWriter, TFiler)
  public:

@@ -364,17 +364,13 @@ void TDBGridColumns::RestoreDefaults() {
 }
 
 void TDBGridColumns::SaveToStream(TStream* stream) {
-  TColumnsWrapper wrapper(nullptr);
-  wrapper.SetColumns(this);
-  WriteComponentToStream(stream, &wrapper);
+  WriteCollectionToStream(stream, this, u"TColumnsWrapper", u"Columns");
 }
 
 void TDBGridColumns::LoadFromStream(TStream* stream) {
   // Read aside first: a damaged stream leaves the columns as they were.
   TDBGridColumns loaded(nullptr);
-  TColumnsWrapper wrapper(nullptr);
-  wrapper.SetColumns(&loaded);
-  ReadComponentFromStream(stream, &wrapper);
+  ReadCollectionFromStream(stream, &loaded);
   if (grid_) grid_->BeginLayout();
   try {
     building_ = true;

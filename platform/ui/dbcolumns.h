@@ -14,7 +14,7 @@
 #include "platform/db/fields.h"
 #include "platform/rtl/collection.h"
 #include "platform/rtl/stringlist.h"
-#include "platform/ui/filer.h"
+#include "platform/rtl/filer.h"
 #include "platform/ui/graphics.h"
 
 class TCustomDBGrid;
@@ -147,7 +147,7 @@ class TDBGridColumns : public TTypedCollection<TColumn, TCollection> {
   // One column per field of the dataset; the state becomes customised.
   void RebuildColumns();
   void RestoreDefaults();
-  // The columns as the "TPF0" stream of a TColumnsWrapper.
+  // The columns as the "TPF0" stream of a TColumnsWrapper holding them.
   void SaveToStream(TStream* stream);
   void LoadFromStream(TStream* stream);
   void SaveToFile(const String& fileName);

@@ -646,4 +646,3 @@ void TCustomDBGrid::DrawCell(int ACol, int ARow, const TRect& ARect, TGridDrawSt
 
 KELMAR_PUBLISH(TDBGrid) {}
 
-KELMAR_PUBLISH(TColumnsWrapper) { r.Prop(u"Columns", &TColumnsWrapper::Columns, nullptr); }

@@ -220,14 +220,3 @@ class TDBGrid : public TCustomDBGrid {
   explicit TDBGrid(TComponent* AOwner) : TCustomDBGrid(AOwner) {}
 };
 
-// The wrapper whose stream holds a columns collection.
-class TColumnsWrapper : public TComponent {
-  KELMAR_CLASS(TColumnsWrapper, TComponent)
- public:
-  explicit TColumnsWrapper(TComponent* AOwner) : TComponent(AOwner) {}
-  TDBGridColumns* Columns() const { return columns_; }
-  void SetColumns(TDBGridColumns* v) { columns_ = v; }
-
- private:
-  TDBGridColumns* columns_ = nullptr;
-};
