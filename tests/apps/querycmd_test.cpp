@@ -6,10 +6,11 @@
 #include <filesystem>
 #include <sstream>
 
-// The application's units build into the kelmar program only; the test
-// compiles the ones it checks.
-#include "apps/kelmar/querycmd.cpp"
-#include "apps/kelmar/tableprinter.cpp"
+#include "apps/kelmar/querycmd.h"
+#include "apps/kelmar/tableprinter.h"
+#include "data/veskodacquerylib.h"
+#include "drivers/sqlite/sqlitedriver.h"
+#include "platform/db/orasession.h"
 
 namespace {
 

@@ -5,9 +5,7 @@
 #include <string>
 #include <vector>
 
-// The application's units build into the kelmar program only; the test
-// compiles the one it checks.
-#include "apps/kelmar/sampledb.cpp"
+#include "apps/kelmar/sampledb.h"
 #include "drivers/sqlite/sqlitedriver.h"
 
 namespace {
