@@ -4,6 +4,8 @@
 #include "filter/fill.h"
 
 #include "data/veskodacquerylib.h"
+#include "data/veskodacsmartquerylib.h"
+#include "filter/veskcmp.h"
 #include "platform/ui/scriptedui.h"
 #include "tests/support/kitfixture.h"
 
@@ -222,6 +224,30 @@ TEST_F(FindFilterTest, LookupRowsSelectThroughTheirTable) {
   ui.ExpectForm(u"TFindFilterForm", Type({u"Category", 1, false, u"3 5", 1}));
   q->SetFilterCmdShow(u"CATEGORY");
   EXPECT_EQ(Ids(q), u"3,5");
+  EXPECT_EQ(ui.Verify(), u"");
+}
+
+TEST_F(FindFilterTest, SmartCompareRunsOnTheEnginesSimilarityFunctions) {
+  RegisterSimilarityFunctions(session_);
+  auto* q = new TVeskODACSmartQuery(owner_.get());
+  q->SetSession(session_);
+  q->SetVeskTableLive(u"GOODS");
+  q->SetVeskGroupField(u"ID");
+  q->Open();
+  ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
+    EXPECT_EQ(Control<TRadioGroup>(f, u"rgTxtOpts").Items()->Count(), 4);
+    Control<TRadioGroup>(f, u"rgTxtOpts").SetItemIndex(3);
+    EXPECT_TRUE(Control<TCheckBox>(f, u"cbNumber").Visible());
+    Control<TUpDown>(f, u"udLimit").SetPosition(5);
+    Control<TEdit>(f, u"Value").SetText(u"Aple");
+    PressButton(f, u"BtnOK");
+  });
+  q->SetFilterCmdShow(u"NAME");
+  EXPECT_NE(q->VeskFilter().Pos(u"ZE$G$CMP.INTEXT(ZE$G$CMP.PREP(NAME)"), 0) << q->VeskFilter();
+  const String rows = Ids(q);
+  EXPECT_NE(rows.Pos(u"1"), 0) << rows;
+  EXPECT_EQ(rows.Pos(u"5"), 0) << rows;
+  EXPECT_EQ(q->ListFilts()->Limit(), 5);
   EXPECT_EQ(ui.Verify(), u"");
 }
 
