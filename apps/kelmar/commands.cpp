@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <ostream>
+#include <vector>
 
 #include "apps/kelmar/sampledb.h"
 #include "apps/kelmar/tableprinter.h"
@@ -34,15 +35,17 @@ int Fail(std::ostream& err, const Exception& e) {
 
 }  // namespace
 
-int RunDemo(const std::string& file, std::ostream& out, std::ostream& err) {
+int RunDemo(const std::string& file, int rows, std::ostream& out, std::ostream& err) {
   try {
     TOraSession session(nullptr);
     Connect(session, file);
-    CheckDbStatus(CreateSampleDatabase(*session.Connection()));
+    CheckDbStatus(CreateSampleDatabase(*session.Connection(), rows));
     out << "Sample database " << file << "\n";
     TOraQuery count(nullptr);
     count.SetSession(&session);
-    for (const char16_t* table : kDemoTables) {
+    std::vector<const char16_t*> tables(std::begin(kDemoTables), std::end(kDemoTables));
+    if (rows > 0) tables.push_back(kRowsTable);
+    for (const char16_t* table : tables) {
       count.SQL()->SetText(String(u"SELECT COUNT(*) FROM ") + table);
       count.Open();
       String name(table);

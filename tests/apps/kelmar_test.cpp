@@ -78,6 +78,17 @@ TEST_F(KelmarApp, DemoCreatesTheSampleDatabaseOnce) {
   EXPECT_EQ(second.out, first.out);
 }
 
+TEST_F(KelmarApp, DemoRowsAddsTheBenchmarkTable) {
+  Outcome run = Kelmar("demo --db " + Quote(db_) + " --rows 250");
+  ASSERT_EQ(run.code, 0) << run.out;
+  EXPECT_NE(run.out.find("BENCH_ROWS 250 rows"), std::string::npos) << run.out;
+  Outcome count = Kelmar("sql --db " + Quote(db_) + " " + Quote("SELECT COUNT(*) AS N FROM BENCH_ROWS"));
+  EXPECT_NE(count.out.find("250"), std::string::npos) << count.out;
+  EXPECT_EQ(Kelmar("demo --db " + Quote(db_) + " --rows 0").code, 2);
+  EXPECT_EQ(Kelmar("demo --db " + Quote(db_) + " --rows x").code, 2);
+  EXPECT_EQ(Kelmar("sql --db " + Quote(db_) + " --rows 5 " + Quote("SELECT 1 FROM DUAL")).code, 2);
+}
+
 TEST_F(KelmarApp, SqlPrintsAnAlignedTable) {
   ASSERT_EQ(Kelmar("demo --db " + Quote(db_)).code, 0);
   Outcome r = Kelmar("sql --db " + Quote(db_) + " " +
