@@ -326,20 +326,12 @@ TClientFilterDialogue& ClientDialogueSlot() {
   static TClientFilterDialogue dialogue = nullptr;
   return dialogue;
 }
-TServerFilterRoute& ServerRouteSlot() {
-  static TServerFilterRoute route = nullptr;
-  return route;
-}
 }  // namespace
 
 TClientFilterDialogue RegisterClientFilterDialogue(TClientFilterDialogue Dialogue) {
   return std::exchange(ClientDialogueSlot(), Dialogue);
 }
-TServerFilterRoute RegisterServerFilterRoute(TServerFilterRoute Route) {
-  return std::exchange(ServerRouteSlot(), Route);
-}
 TClientFilterDialogue ClientFilterDialogue() { return ClientDialogueSlot(); }
-TServerFilterRoute ServerFilterRoute() { return ServerRouteSlot(); }
 
 // ---- Conditions and searches ------------------------------------------------------------
 

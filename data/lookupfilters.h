@@ -102,20 +102,12 @@ struct TClientFilterQuery {
 };
 // False when the user cancels.
 using TClientFilterDialogue = bool (*)(TClientFilterQuery& Query);
-// setFilter's server route, for a data field under VeskSQLServer: puts the
-// condition of Value (or, with none, of the find/filter dialogue) into the
-// dataset's VeskFilter. False when the user cancels.
-using TServerFilterRoute = bool (*)(TDataSet* DataSet, TField* Field, const String& Value, bool Multi,
-                                    TComponent* Grid);
 
-// The find/filter unit registers these; null takes one away. Each returns
-// the one registered before. With no server route, setFilter on the
-// server's side does nothing and answers false; with no client dialogue, a
-// grid's list filter without a value is taken as cancelled.
+// The find/filter unit registers the dialogue; null takes it away. Returns
+// the one registered before. With no dialogue, a grid's list filter without
+// a value is taken as cancelled.
 TClientFilterDialogue RegisterClientFilterDialogue(TClientFilterDialogue Dialogue);
-TServerFilterRoute RegisterServerFilterRoute(TServerFilterRoute Route);
 TClientFilterDialogue ClientFilterDialogue();
-TServerFilterRoute ServerFilterRoute();
 
 // The condition that the client filter adds to Filter for a plain data
 // field: [NAME]='value' with quotes doubled; with List the value is a
