@@ -225,7 +225,6 @@ class Formatter {
     } else {
       RaiseInvalid(format_);
     }
-    v += 0.0;  // -0.0 prints as 0
     const int p = dir.precision;
     switch (dir.type) {
       case u'e': return FloatToStrF(v, ffExponent, p < 0 ? 15 : p, 3);
