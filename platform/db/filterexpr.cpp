@@ -112,7 +112,8 @@ bool IsDateField(const TField* f) {
 
 struct TFilterExpression::Node {
   enum TKind { And, Or, Not, Compare, IsNull, Const } Kind;
-  std::unique_ptr<Node> A, B;
+  // And and Or: every term of the chain; Not: the one negated.
+  std::vector<std::unique_ptr<Node>> Items;
   // Compare and IsNull: a field or a literal on each side.
   TField* LeftField = nullptr;
   TField* RightField = nullptr;
@@ -141,9 +142,15 @@ struct TFilterExpression::Node {
 
   bool Test() const {
     switch (Kind) {
-      case And: return A->Test() && B->Test();
-      case Or: return A->Test() || B->Test();
-      case Not: return !A->Test();
+      case And:
+        for (const auto& item : Items)
+          if (!item->Test()) return false;
+        return true;
+      case Or:
+        for (const auto& item : Items)
+          if (item->Test()) return true;
+        return false;
+      case Not: return !Items[0]->Test();
       case Const: return Value;
       case IsNull: return (LeftField ? LeftField->IsNull() : Left.Kind == TValue::Null) != Negate;
       case Compare: break;
@@ -195,45 +202,43 @@ class TParser {
   TToken Take() { return tokens_[i_ < tokens_.size() - 1 ? i_++ : i_]; }
   bool IsWord(const char16_t* word) const { return Peek().Kind == tkName && SameText(Peek().Text, word); }
 
-  std::unique_ptr<Node> Join(Node::TKind kind, std::unique_ptr<Node> a, std::unique_ptr<Node> b) {
+  // Chains of one operator are flat lists, so that a long chain costs no
+  // depth; only parentheses and NOT nest, up to kMaxDepth.
+  static constexpr int kMaxDepth = 100;
+
+  std::unique_ptr<Node> Chain(Node::TKind kind, const char16_t* word, std::unique_ptr<Node> (TParser::*term)()) {
+    auto first = (this->*term)();
+    if (!IsWord(word)) return first;
     auto n = std::make_unique<Node>();
     n->Kind = kind;
-    n->A = std::move(a);
-    n->B = std::move(b);
+    n->Items.push_back(std::move(first));
+    while (IsWord(word)) {
+      Take();
+      n->Items.push_back((this->*term)());
+    }
     return n;
   }
 
-  std::unique_ptr<Node> ParseOr() {
-    auto left = ParseAnd();
-    while (IsWord(u"OR")) {
-      Take();
-      left = Join(Node::Or, std::move(left), ParseAnd());
-    }
-    return left;
-  }
-
-  std::unique_ptr<Node> ParseAnd() {
-    auto left = ParseNot();
-    while (IsWord(u"AND")) {
-      Take();
-      left = Join(Node::And, std::move(left), ParseNot());
-    }
-    return left;
-  }
+  std::unique_ptr<Node> ParseOr() { return Chain(Node::Or, u"OR", &TParser::ParseAnd); }
+  std::unique_ptr<Node> ParseAnd() { return Chain(Node::And, u"AND", &TParser::ParseNot); }
 
   std::unique_ptr<Node> ParseNot() {
+    if (!IsWord(u"NOT") && Peek().Kind != tkOpen) return ParseCondition();
+    if (++depth_ > kMaxDepth) SyntaxError(u"nested too deeply", Peek().Pos);
+    std::unique_ptr<Node> n;
     if (IsWord(u"NOT")) {
       Take();
-      return Join(Node::Not, ParseNot(), nullptr);
-    }
-    if (Peek().Kind == tkOpen) {
+      n = std::make_unique<Node>();
+      n->Kind = Node::Not;
+      n->Items.push_back(ParseNot());
+    } else {
       Take();
-      auto inner = ParseOr();
+      n = ParseOr();
       if (Peek().Kind != tkClose) SyntaxError(u"missing ')'", Peek().Pos);
       Take();
-      return inner;
     }
-    return ParseCondition();
+    --depth_;
+    return n;
   }
 
   // An operand: a field or a literal.
@@ -358,6 +363,7 @@ class TParser {
 
   std::vector<TToken> tokens_;
   size_t i_ = 0;
+  int depth_ = 0;
   TDataSet* dataSet_;
   TFilterOptions options_;
 };

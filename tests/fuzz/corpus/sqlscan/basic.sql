@@ -1,0 +1,1 @@
+SELECT * FROM docs WHERE id = :ID AND name = :"Name" &WHERE_MORE ORDER BY &ORD

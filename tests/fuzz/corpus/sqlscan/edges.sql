@@ -1,0 +1,1 @@
+begin :x := 1; end; &m1&m2:p1:p2 :"unterminated
