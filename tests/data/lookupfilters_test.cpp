@@ -411,3 +411,26 @@ TEST_F(LookupFilterTest, LocateLKCALCSearchesLookupFieldsAndReturnsOnFailure) {
 }
 
 }  // namespace
+
+namespace {
+
+// A lookup dataset that finds its rows through OnVESKLocateEvent.
+TEST_F(LookupFilterTest, ALookupDatasetWithALocateEventFindsTheRowsItself) {
+  std::vector<int> codes;
+  goods_->OnVESKLocateEvent = [&](const String& keys, const Variant& values, int options) {
+    codes.push_back(options);
+    return LocateLKCALC(goods_, keys, values, TLocateOptions(), false);
+  };
+  FilterBy(&TVeskODACQuery::addLF, name_, u"ap", 1, false);
+  EXPECT_EQ(Ids(), (V{10, 20}));
+  ASSERT_FALSE(codes.empty());
+  EXPECT_EQ(codes.front(), 11);
+  // The event has the last word over the lookup's rows: one that finds
+  // nothing rejects every record.
+  goods_->OnVESKLocateEvent = [](const String&, const Variant&, int) { return false; };
+  q_->SetFiltered(false);
+  q_->SetFiltered(true);
+  EXPECT_EQ(Ids(), V{});
+}
+
+}  // namespace

@@ -8,6 +8,7 @@
 
 #include "data/oranavigator.h"
 #include "data/veskfamily.h"
+#include "data/veskodacsmartquerylib.h"
 #include "data/veskutil.h"
 #include "grid/gridpropcmp.h"
 #include "platform/db/datasource.h"
@@ -17,35 +18,133 @@ namespace {
 
 // ---- The published surface -------------------------------------------------------------------
 
-const std::vector<const char16_t*> kCommon = {
-    u"VeskMode",        u"VeskCom",         u"VeskModeNotAbort", u"VeskModePostAuto", u"Ze5EnableScrollBeforePost",
-    u"VeskRememberPos", u"VeskKeyFields",   u"VeskSQLServer",    u"VeskNav",          u"TblBegEdit",
-    u"TblEndEdit",      u"OnInLog",         u"OnVeskFilterRecord", u"VeskExtSearch",  u"VeskExtFilter",
-    u"VeskExtFilterFree", u"VeskSQLChanged", u"XTTStatusBar",    u"XTTShowSummary",   u"XTTSummary",
-    u"OnXTTChangeSum",  u"SearchCmdFirst",  u"SearchCmdNext",    u"DefValCmdSet",     u"DefValCmdSetCurr",
-    u"DefValCmdClear",  u"PrevRecCmdCopy"};
-const std::vector<const char16_t*> kComposition = {
-    u"VeskTableLive", u"VeskAlias", u"VeskGroupField", u"VeskFilter", u"VeskFilterSYS", u"VeskSQL1",
-    u"VeskSimpleRefresh", u"VeskEditRefreshNotNeed", u"VeskParamsNotCPLAfterInsert", u"FilterCmdShow",
-    u"FilterCmdSetExpr", u"FilterCmdClear"};
-const std::vector<const char16_t*> kSession = {
-    u"VeskNotReadOnly", u"TransVeskAutoStart", u"TransVeskAutoEnd", u"TransVeskAutoEndCheck",
-    u"TrnsVeskAutonomous", u"Version", u"VeskXsessionEnableIntegers", u"VeskXSingleRowQuery",
-    u"EnableAutoConnect", u"VeskMasterRefresh", u"ShowDBMSOutput", u"SkipRefreshRecord"};
-const std::vector<const char16_t*> kLocate = {u"OnVESKLocateEvent", u"OnVESKLookupEvent"};
+// How a property of the table of groups is written and read back by name.
+enum TPropKind { pkText, pkBool, pkInt, pkEnum, pkMethod, pkObject, pkCommand, pkReadOnly };
+
+struct TProp {
+  const char16_t* Name;
+  TPropKind Kind;
+};
+
+const std::vector<TProp> kCommon = {
+    {u"VeskMode", pkBool}, {u"VeskCom", pkEnum}, {u"VeskModeNotAbort", pkBool}, {u"VeskModePostAuto", pkBool},
+    {u"Ze5EnableScrollBeforePost", pkBool}, {u"VeskRememberPos", pkBool}, {u"VeskKeyFields", pkText},
+    {u"VeskSQLServer", pkBool}, {u"VeskNav", pkObject}, {u"TblBegEdit", pkMethod}, {u"TblEndEdit", pkMethod},
+    {u"OnInLog", pkMethod}, {u"OnVeskFilterRecord", pkMethod}, {u"VeskExtSearch", pkMethod},
+    {u"VeskExtFilter", pkMethod}, {u"VeskExtFilterFree", pkMethod}, {u"VeskSQLChanged", pkMethod},
+    {u"XTTStatusBar", pkObject}, {u"XTTShowSummary", pkBool}, {u"XTTSummary", pkObject},
+    {u"OnXTTChangeSum", pkMethod}, {u"SearchCmdFirst", pkCommand}, {u"SearchCmdNext", pkCommand},
+    {u"DefValCmdSet", pkCommand}, {u"DefValCmdSetCurr", pkCommand}, {u"DefValCmdClear", pkCommand},
+    {u"PrevRecCmdCopy", pkCommand}};
+const std::vector<TProp> kComposition = {
+    {u"VeskTableLive", pkText}, {u"VeskAlias", pkText}, {u"VeskGroupField", pkText}, {u"VeskFilter", pkText},
+    {u"VeskFilterSYS", pkText}, {u"VeskSQL1", pkObject}, {u"VeskSimpleRefresh", pkBool},
+    {u"VeskEditRefreshNotNeed", pkBool}, {u"VeskParamsNotCPLAfterInsert", pkBool}, {u"FilterCmdShow", pkCommand},
+    {u"FilterCmdSetExpr", pkCommand}, {u"FilterCmdClear", pkCommand}};
+const std::vector<TProp> kSession = {
+    {u"VeskNotReadOnly", pkBool}, {u"TransVeskAutoStart", pkBool}, {u"TransVeskAutoEnd", pkBool},
+    {u"TransVeskAutoEndCheck", pkBool}, {u"TrnsVeskAutonomous", pkBool}, {u"Version", pkInt},
+    {u"VeskXsessionEnableIntegers", pkEnum}, {u"VeskXSingleRowQuery", pkBool}, {u"EnableAutoConnect", pkBool},
+    {u"VeskMasterRefresh", pkBool}, {u"ShowDBMSOutput", pkBool}, {u"SkipRefreshRecord", pkBool}};
+const std::vector<TProp> kLocate = {{u"OnVESKLocateEvent", pkMethod}, {u"OnVESKLookupEvent", pkMethod}};
+const std::vector<TProp> kSmart = {{u"SQLPrepare", pkObject}, {u"PropText", pkText},
+                                   {u"EditProps", pkCommand}, {u"EditPropsCmp", pkObject},
+                                   {u"EditPropsResult", pkReadOnly}, {u"VeskRepairFields", pkBool}};
 
 struct TSurface {
   const char16_t* ClassName;
-  bool Composition, Session, Locate;
+  bool Composition, Session, Locate, Smart;
 };
 
 // The table of groups, member by member.
 const TSurface kSurfaces[] = {
-    {u"TVeskODACQuery", true, true, true},       {u"TVeskODACTableQuery", true, true, true},
-    {u"TVeskODACNNTab", false, false, false},    {u"TVeskODACProc", false, false, false},
-    {u"TVeskQuery1", true, false, false},        {u"TVeskTable1", false, false, false},
-    {u"TVeskVirt", false, false, true},
+    {u"TVeskODACQuery", true, true, true, false},     {u"TVeskODACSmartQuery", true, true, true, true},
+    {u"TVeskODACTableQuery", true, true, true, false}, {u"TVeskODACNNTab", false, false, false, false},
+    {u"TVeskODACProc", false, false, false, false},    {u"TVeskQuery1", true, false, false, false},
+    {u"TVeskTable1", false, false, false, false},      {u"TVeskVirt", false, false, true, false},
 };
+
+// An event of the property's own type, so that the protocol takes it.
+TMethod EventFor(const String& name) {
+  if (name == u"TblBegEdit" || name == u"TblEndEdit") return TMyEvent2([] {}).ToMethod();
+  if (name == u"OnInLog") return TLogEvent([](TObject*, const String&, const String&) {}).ToMethod();
+  if (name == u"OnVeskFilterRecord") return TFilterRecordEvent([](TDataSet*, bool&) {}).ToMethod();
+  if (name == u"VeskSQLChanged") return TVeskSQLChangedEvent([](TObject*, int) {}).ToMethod();
+  if (name == u"OnVESKLocateEvent")
+    return TVESKLocateEvent([](const String&, const Variant&, int) { return true; }).ToMethod();
+  if (name == u"OnVESKLookupEvent")
+    return TVESKLookupEvent([](const String&, const Variant&, const String&) { return Variant(); }).ToMethod();
+  return TNotifyEvent([](TObject*) {}).ToMethod();
+}
+
+// A property the member has: published, of its kind, and a write by name
+// is read back by name.
+void ExpectHeld(TComponent* m, const TProp& p) {
+  SCOPED_TRACE(String(p.Name).ToUtf8());
+  const TPropInfo* info = GetPropInfo(m, p.Name);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->Writable(), p.Kind != pkReadOnly);
+  EXPECT_EQ(info->Readable(), p.Kind != pkCommand);
+  switch (p.Kind) {
+    case pkText:
+      if (String(p.Name) == u"PropText") {
+        SetPropString(m, p.Name, u"SQ.STbl=GOODS\nSQ.SMode=1\n");
+        EXPECT_EQ(GetPropString(m, u"VeskTableLive"), u"GOODS");
+        EXPECT_TRUE(GetPropBool(m, u"VeskMode"));
+        EXPECT_GT(GetPropString(m, p.Name).Pos(u"SQ.STbl=GOODS\n"), 0);
+      } else {
+        SetPropString(m, p.Name, u"X_" + String(p.Name));
+        EXPECT_EQ(GetPropString(m, p.Name, u"none"), u"X_" + String(p.Name));
+      }
+      break;
+    case pkBool:
+      EXPECT_TRUE(info->IsBoolean());
+      SetPropBool(m, p.Name, true);
+      EXPECT_TRUE(GetPropBool(m, p.Name, false));
+      SetPropBool(m, p.Name, false);
+      EXPECT_FALSE(GetPropBool(m, p.Name, true));
+      break;
+    case pkInt:
+      SetPropInteger(m, p.Name, 7);
+      EXPECT_EQ(GetPropInteger(m, p.Name, -1), 7);
+      break;
+    case pkEnum:
+      EXPECT_TRUE(IsPropType(m, p.Name, tkEnumeration));
+      SetPropEnum(m, p.Name, 2);
+      EXPECT_EQ(GetPropEnum(m, p.Name, -1), 2);
+      break;
+    case pkMethod: {
+      const TMethod event = EventFor(p.Name);
+      SetPropMethod(m, p.Name, event);
+      EXPECT_TRUE(GetPropMethod(m, p.Name) == event);
+      SetPropMethod(m, p.Name, TMethod());
+      EXPECT_FALSE(GetPropMethod(m, p.Name).Assigned());
+      break;
+    }
+    case pkObject:
+      EXPECT_TRUE(IsPropType(m, p.Name, tkClass));
+      break;
+    case pkCommand:
+    case pkReadOnly:
+      break;
+  }
+}
+
+// A property the member lacks: not published, and whatever is written by
+// name vanishes.
+void ExpectAbsent(TComponent* m, const TProp& p) {
+  SCOPED_TRACE(String(p.Name).ToUtf8());
+  EXPECT_FALSE(IsPublishedProp(m, p.Name));
+  SetPropString(m, p.Name, u"x");
+  SetPropBool(m, p.Name, true);
+  SetPropInteger(m, p.Name, 7);
+  SetPropMethod(m, p.Name, EventFor(p.Name));
+  EXPECT_EQ(GetPropString(m, p.Name, u"none"), u"none");
+  EXPECT_FALSE(GetPropBool(m, p.Name, false));
+  EXPECT_EQ(GetPropInteger(m, p.Name, -1), -1);
+  EXPECT_FALSE(GetPropMethod(m, p.Name).Assigned());
+  EXPECT_EQ(GetPropObject(m, p.Name), nullptr);
+}
 
 // The groups that are methods rather than properties.
 template <class T>
@@ -71,9 +170,14 @@ static_assert(HasComposition<TVeskQuery1> && !HasSessionGroup<TVeskQuery1> && !H
 static_assert(!HasComposition<TVeskTable1> && !HasSessionGroup<TVeskTable1> && HasCFunc<TVeskTable1> &&
               HasTableAdditions<TVeskTable1>);
 static_assert(!HasComposition<TVeskVirt> && !HasSessionGroup<TVeskVirt> && !HasCFunc<TVeskVirt>);
-static_assert(!HasTableAdditions<TVeskODACTableQuery> && !HasTableAdditions<TVeskVirt>);
+static_assert(HasComposition<TVeskODACSmartQuery> && HasSessionGroup<TVeskODACSmartQuery> &&
+              HasCFunc<TVeskODACSmartQuery> && TVeskODACSmartQuery::TTraits::Updater);
+static_assert(HasComposition<TVeskODACQuery> && HasSessionGroup<TVeskODACQuery> && HasCFunc<TVeskODACQuery> &&
+              TVeskODACQuery::TTraits::Updater);
+static_assert(!HasTableAdditions<TVeskODACTableQuery> && !HasTableAdditions<TVeskVirt> &&
+              !HasTableAdditions<TVeskODACSmartQuery>);
 
-TEST(VeskFamilyTest, EachMemberIsMadeByNameWithTheSurfaceOfItsGroups) {
+TEST(VeskFamilyTest, EveryRowOfTheTableOfGroupsHoldsByName) {
   TComponent owner(nullptr);
   for (const TSurface& s : kSurfaces) {
     SCOPED_TRACE(String(s.ClassName).ToUtf8());
@@ -83,23 +187,71 @@ TEST(VeskFamilyTest, EachMemberIsMadeByNameWithTheSurfaceOfItsGroups) {
     ASSERT_NE(m, nullptr);
     EXPECT_EQ(m->ClassName(), String(s.ClassName));
     EXPECT_TRUE(m->InheritsFrom(TDataSet::StaticClass()));
-    for (const char16_t* name : kCommon) EXPECT_TRUE(IsPublishedProp(m, name)) << String(name).ToUtf8();
-    auto expect = [&](const std::vector<const char16_t*>& names, bool present) {
-      for (const char16_t* name : names) EXPECT_EQ(IsPublishedProp(m, name), present) << String(name).ToUtf8();
+    auto check = [&](const std::vector<TProp>& group, bool has) {
+      for (const TProp& p : group) has ? ExpectHeld(m, p) : ExpectAbsent(m, p);
     };
-    expect(kComposition, s.Composition);
-    expect(kSession, s.Session);
-    expect(kLocate, s.Locate);
-    // A write to what the member has sticks; to what it lacks, vanishes.
-    SetPropString(m, u"VeskFilter", u"ID = 1");
-    EXPECT_EQ(GetPropString(m, u"VeskFilter", u"none"), s.Composition ? u"ID = 1" : u"none");
-    SetPropBool(m, u"TransVeskAutoStart", true);
-    EXPECT_EQ(GetPropBool(m, u"TransVeskAutoStart", false), s.Session);
-    SetPropBool(m, u"FilterCmdClear", false);
-    EXPECT_EQ(GetPropString(m, u"VeskFilter", u"none"), s.Composition ? u"" : u"none");
+    check(kCommon, true);
+    check(kComposition, s.Composition);
+    check(kSession, s.Session);
+    check(kLocate, s.Locate);
+    check(kSmart, s.Smart);
+    // A "," in the key list becomes ";" on every member.
     SetPropString(m, u"VeskKeyFields", u"ID,CODE");
     EXPECT_EQ(GetPropString(m, u"VeskKeyFields"), u"ID;CODE");
+    // The filter commands reach the composition where there is one.
+    if (s.Composition) {
+      SetPropString(m, u"VeskFilter", u"ID = 1");
+      SetPropBool(m, u"FilterCmdClear", false);
+      EXPECT_EQ(GetPropString(m, u"VeskFilter", u"none"), u"");
+    }
   }
+}
+
+TEST(VeskFamilyTest, ObjectPropertiesTakeTheirObjectsByName) {
+  TComponent owner(nullptr);
+  auto* q = new TVeskODACSmartQuery(&owner);
+  auto* nav = new TOraNavigator(&owner);
+  SetPropObject(q, u"VeskNav", nav);
+  EXPECT_EQ(q->VeskNav(), nav);
+  TStringList text;
+  text.SetText(u"SELECT 1 FROM DUAL");
+  SetPropObject(q, u"VeskSQL1", &text);
+  EXPECT_EQ(q->VeskSQL1()->Text(), u"SELECT 1 FROM DUAL\n");
+  EXPECT_NE(GetPropObject(q, u"VeskSQL1"), &text);  // the list is copied, not borrowed
+  text.SetText(u"ALTER SESSION SET NLS_DATE_FORMAT='DD.MM.YYYY'");
+  SetPropObject(q, u"SQLPrepare", &text);
+  EXPECT_EQ(static_cast<TStrings*>(GetPropObject(q, u"SQLPrepare"))->Text(), text.Text());
+  auto* cmp = new TComponent(&owner);
+  SetPropObject(q, u"EditPropsCmp", cmp);
+  EXPECT_EQ(GetPropObject(q, u"EditPropsCmp"), cmp);
+  delete cmp;
+  EXPECT_EQ(q->EditPropsCmp(), nullptr);
+  delete nav;
+  EXPECT_EQ(q->VeskNav(), nullptr);
+}
+
+TEST(VeskFamilyTest, EditPropsRunsTheRegisteredEditorAndKeepsItsResult) {
+  TComponent owner(nullptr);
+  auto* q = new TVeskODACSmartQuery(&owner);
+  auto* cmp = new TComponent(&owner);
+  q->SetEditPropsCmp(cmp);
+  SetPropBool(q, u"EditProps", true);
+  EXPECT_EQ(GetPropInteger(q, u"EditPropsResult", -1), 0);  // no editor: nothing shown
+  static TVeskODACSmartQuery* seenQuery = nullptr;
+  static TComponent* seenOwner = nullptr;
+  const TEditQueryFormProc before = RegisterEditQueryForm([](TVeskODACSmartQuery* query, TComponent* from) {
+    seenQuery = query;
+    seenOwner = from;
+    return 5;
+  });
+  SetPropBool(q, u"EditProps", false);
+  RegisterEditQueryForm(before);
+  EXPECT_EQ(GetPropInteger(q, u"EditPropsResult", -1), 5);
+  EXPECT_EQ(seenQuery, q);
+  EXPECT_EQ(seenOwner, cmp);
+  // The result cannot be written.
+  SetPropInteger(q, u"EditPropsResult", 9);
+  EXPECT_EQ(q->EditPropsResult(), 5);
 }
 
 TEST(VeskFamilyTest, TheBaseClassOfEachMember) {
@@ -165,8 +317,8 @@ class FamilyGuardTest : public KitDbTest {
   }
 };
 
-using Members = ::testing::Types<TVeskODACTableQuery, TVeskODACNNTab, TVeskODACProc, TVeskQuery1, TVeskTable1,
-                                 TVeskVirt>;
+using Members = ::testing::Types<TVeskODACQuery, TVeskODACSmartQuery, TVeskODACTableQuery, TVeskODACNNTab,
+                                 TVeskODACProc, TVeskQuery1, TVeskTable1, TVeskVirt>;
 TYPED_TEST_SUITE(FamilyGuardTest, Members);
 
 TYPED_TEST(FamilyGuardTest, NothingImplicitHappensUnderTheGuard) {
@@ -261,7 +413,7 @@ TYPED_TEST(FamilyGuardTest, TheStateCheckDecidesImplicitChanges) {
 
 template <class M>
 class FamilyCompositionTest : public KitDbTest {};
-using Composers = ::testing::Types<TVeskODACTableQuery, TVeskQuery1>;
+using Composers = ::testing::Types<TVeskODACSmartQuery, TVeskODACTableQuery, TVeskQuery1>;
 TYPED_TEST_SUITE(FamilyCompositionTest, Composers);
 
 TYPED_TEST(FamilyCompositionTest, ComposesFiltersAndSortAndReopens) {
