@@ -36,6 +36,8 @@
 
 #include "data/lookupfilters.h"
 #include "data/veskcontract.h"
+#include "data/veskcopy.h"
+#include "data/veskdefaults.h"
 #include "data/veskpos.h"
 #include "platform/db/bdedataset.h"
 #include "platform/db/dadataset.h"
@@ -124,10 +126,18 @@ class TVeskBody : public Base, public TVeskFilterHost {
   void VeskMemorizeFieldValues();
   // Finds the remembered record again; false when it is gone.
   bool VeskLocate();
+  // The values of the named fields (";"-separated) that the dataset has:
+  // the scalar for one, else a Variant array in order.
+  Variant getVeskFieldsValues(const String& Names) const;
+  // VeskKeyFields, or when that is empty the names of all fields joined by
+  // ";"; Store keeps the answer in VeskKeyFields.
+  String getVeskKeyFields(bool Store);
 
   // ---- Defaults, the search-miss slot, searching ----
   // Stores the field's default for new records (asking for it with Ask).
   void setDefFV(TField* Field, bool Ask) { SetFieldDefault(defaults_, Field, Ask); }
+  // The field's default; Unassigned when it has none.
+  Variant getDefFV(const TField* Field) const { return FieldDefault(defaults_, Field); }
   void freeDefFV() { defaults_.clear(); }
   const TVeskDefaultList& DefaultValues() const { return defaults_; }
   // Left by a failed search; the next insert types it in.
@@ -185,6 +195,13 @@ class TVeskBody : public Base, public TVeskFilterHost {
   TFilterRecordEvent OnVeskFilterRecord;
   // Filtered datasets append behind their last visible record.
   void Append();
+  // The field (and its companion) takes the value of the record before.
+  void getDitto(TField* Field, TDataSource* Source = nullptr) { ::getDitto(Field, Source); }
+  // Outside edit and insert: a new record behind the current one, or at
+  // the end with AppendRecord, takes the current record's values but for
+  // the fields named in the ";"-separated KeyNames, and stays in insert.
+  // False, with nothing done, in edit or insert.
+  bool duplicateRecord(bool AppendRecord, const String& KeyNames);
 
   // ---- Commands (write-only properties) ----
   void SetSearchCmdFirst(int FieldIndex);

@@ -86,6 +86,24 @@ bool TVeskBody<B, T>::VeskLocate() {
 }
 
 template <class B, class T>
+Variant TVeskBody<B, T>::getVeskFieldsValues(const String& Names) const {
+  String keyText;
+  Variant values;
+  ReadKeyValues(this, Names, keyText, values);
+  return values;
+}
+
+template <class B, class T>
+String TVeskBody<B, T>::getVeskKeyFields(bool Store) {
+  String keys = veskKeyFields_;
+  if (keys.IsEmpty())
+    for (int i = 0; i < this->FieldCount(); ++i)
+      keys += (i == 0 ? u"" : u";") + this->Fields()->Fields(i)->FieldName();
+  if (Store) SetVeskKeyFields(keys);
+  return keys;
+}
+
+template <class B, class T>
 TField* TVeskBody<B, T>::FieldAt(int Index) const {
   return Index >= 0 && Index < this->FieldCount() ? this->Fields()->Fields(Index) : nullptr;
 }
@@ -252,6 +270,22 @@ template <class B, class T>
 void TVeskBody<B, T>::Append() {
   if (this->Filtered()) this->Last();
   B::Append();
+}
+
+template <class B, class T>
+bool TVeskBody<B, T>::duplicateRecord(bool AppendRecord, const String& KeyNames) {
+  if (this->State() == dsEdit || this->State() == dsInsert) return false;
+  veskCom_ = dsgInsert;
+  if (AppendRecord) {
+    Append();
+  } else {
+    this->Next();
+    // Past the last record an insert would stand before the original.
+    if (this->Eof()) Append();
+    else this->Insert();
+  }
+  DittoFieldsExcept(this, KeyNames);
+  return true;
 }
 
 // ---- Commands -------------------------------------------------------------------------
