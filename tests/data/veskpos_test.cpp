@@ -179,13 +179,22 @@ TEST_F(KitDbTest, PositionWithoutDatasetKeysOrAnOpenDataset) {
   q->Open();
   EXPECT_TRUE(kept.Restore(false));
   EXPECT_EQ(q->FieldByName(u"NAME")->AsString(), u"Cheese");
+
+  // Memorized while closed, the fields are read as they stand: a closed
+  // dataset has none, so every slot is empty and nothing is found later.
+  q->Close();
+  closed.Memorize();
+  ASSERT_EQ(closed.Count(), 1);
+  EXPECT_TRUE(VarIsEmpty(closed.Value(0)));
+  q->Open();
+  EXPECT_FALSE(closed.Restore(false));
 }
 
 // ---- The dataset's memorized position -------------------------------------------------------
 
 TEST_F(KitDbTest, RefreshComesBackToTheRecordByItsKeys) {
   TVeskODACQuery* q = OpenGoods();
-  q->SetVeskKeyFields(u"CODE");
+  q->SetVeskKeyFields(u"NOPE;CODE");  // a key the dataset lacks is passed over
   q->SetVeskRememberPos(true);
   q->Locate(u"CODE", u"B01", TLocateOptions());
   Exec(u"INSERT INTO GOODS VALUES (0, 'A00', 'Almond', 8, 2)");  // ahead of it
