@@ -39,6 +39,7 @@
 #include "data/veskcopy.h"
 #include "data/veskdefaults.h"
 #include "data/veskpos.h"
+#include "filter/filterstate.h"
 #include "platform/db/bdedataset.h"
 #include "platform/db/dadataset.h"
 #include "platform/db/memdataset.h"
@@ -65,7 +66,7 @@ struct TVeskNoGroups {
 String VeskLookupTableName(TDataSet* LookupDataSet);
 
 template <class Base, class Traits>
-class TVeskBody : public Base, public TVeskFilterHost {
+class TVeskBody : public Base, public TVeskFilterHost, public TVeskStateHost {
  public:
   using inherited = Base;
   using TTraits = Traits;
@@ -143,12 +144,19 @@ class TVeskBody : public Base, public TVeskFilterHost {
   // Left by a failed search; the next insert types it in.
   const TVeskSearchMiss& SearchMiss() const { return searchMiss_; }
   void SetSearchMiss(const String& FieldName, const String& Value) { searchMiss_ = {FieldName, Value}; }
-  // The search behind SearchCmdFirst and SearchCmdNext: asks for the value
-  // when none is given or on a repeat, which starts behind the current
-  // record. False when the prompt is cancelled.
-  bool locate(TField* Field, const String& Value, bool Repeat);
-  const String& LastSearchField() const { return lastSearchField_; }
-  const String& LastSearchValue() const { return lastSearchValue_; }
+  // The search behind SearchCmdFirst, SearchCmdNext and a grid's typed
+  // search (filter/vesksearch.h): asks for the value when none is given or
+  // on a repeat, which starts behind the current record; with a grid the
+  // grid's search dialogue asks first. False when not found or when the
+  // prompt is cancelled.
+  bool locate(TField* Field, const String& Value, bool Repeat, TComponent* Grid = nullptr);
+  const String& LastSearchField() const { return search_.LastField; }
+  const String& LastSearchValue() const { return search_.LastValue; }
+  // What the grids ask through filter/filterstate.h.
+  TListFilts* FindFilterList() const override;
+  const TVeskSearchState& SearchState() const override { return search_; }
+  String DefaultValuesText() const override;
+  void RememberFilter(const String& Text) override;
   // Options of the search's dataset Locate; both at first.
   TLocateOptions LocateOptions() const { return locateOptions_; }
   void SetLocateOptions(TLocateOptions Value) { locateOptions_ = Value; }
@@ -394,7 +402,7 @@ class TVeskBody : public Base, public TVeskFilterHost {
   bool restoring_ = false;
   TVeskDefaultList defaults_;
   TVeskSearchMiss searchMiss_;
-  String lastSearchField_, lastSearchValue_;
+  TVeskSearchState search_;
   TLocateOptions locateOptions_{loCaseInsensitive, loPartialKey};
 
   // Client filters: the dataset's own filter text, taken before the first

@@ -109,33 +109,36 @@ TField* TVeskBody<B, T>::FieldAt(int Index) const {
 }
 
 template <class B, class T>
-bool TVeskBody<B, T>::locate(TField* Field, const String& Value, bool Repeat) {
-  if (!Value.IsEmpty()) lastSearchValue_ = Value;
-  if (!Field) {
-    Field = lastSearchField_.IsEmpty() ? nullptr : this->FindField(lastSearchField_);
-    if (!Field) return true;
-  }
-  lastSearchField_ = Field->FieldName();
-  if (Field->FieldKind() == fkCalculated && VeskExtSearch) {
-    VeskExtSearch(this);
-    return true;
-  }
-  String text = lastSearchValue_;
-  if (Value.IsEmpty() || Repeat) {
-    if (!AskText(u"Search:", Field->FieldName() + u":", text)) return false;
-    lastSearchValue_ = text;
-  }
-  auto find = [&](TLocateOptions options) {
-    if (!Repeat) return Locate(Field->FieldName(), text, options);
-    int at = this->LocateRecord(Field->FieldName(), text, options, this->RecNo());
-    if (at >= 0) this->SetRecNo(at + 1);
-    return at >= 0;
+bool TVeskBody<B, T>::locate(TField* Field, const String& Value, bool Repeat, TComponent* Grid) {
+  TVeskSearchHooks hooks;
+  hooks.Options = locateOptions_;
+  hooks.ExtSearch = VeskExtSearch;
+  hooks.LookupFilterCount = filterLists_.CountLF();
+  hooks.LocateCalc = [this](const String& Keys, const Variant& Values, TLocateOptions Options, bool Forward) {
+    return LocateLKCALC(Keys, Values, Options, Forward);
   };
-  bool found = find(locateOptions_);
-  if (!found && Field->DataType() != ftInteger && Field->DataType() != ftFloat)
-    found = find(TLocateOptions{loCaseInsensitive, loPartialKey});
-  if (!found) SetSearchMiss(Field->FieldName(), text);
-  return found;
+  hooks.Miss = [this](const String& Name, const String& Text) { SetSearchMiss(Name, Text); };
+  return VeskSearchLocate(this, search_, hooks, Field, Value, Repeat ? 1 : 0, Grid);
+}
+
+template <class B, class T>
+TListFilts* TVeskBody<B, T>::FindFilterList() const {
+  if constexpr (T::SqlComposition) return listFilts_.get();
+  else return nullptr;
+}
+
+template <class B, class T>
+String TVeskBody<B, T>::DefaultValuesText() const {
+  String text;
+  for (const TVeskDefaultValue& value : defaults_)
+    text += (text.IsEmpty() ? u"" : u"; ") + value.Name + u"=" + VarToStr(value.Value);
+  return text;
+}
+
+template <class B, class T>
+void TVeskBody<B, T>::RememberFilter(const String& Text) {
+  pristineFilter_ = Text;
+  pristineFilterPending_ = false;
 }
 
 // ---- Client filters -------------------------------------------------------------------
@@ -297,8 +300,8 @@ void TVeskBody<B, T>::SetSearchCmdFirst(int FieldIndex) {
 
 template <class B, class T>
 void TVeskBody<B, T>::SetSearchCmdNext(int) {
-  if (lastSearchField_.IsEmpty()) return;
-  if (TField* field = this->FindField(lastSearchField_)) locate(field, lastSearchValue_, true);
+  if (search_.LastField.IsEmpty()) return;
+  if (TField* field = this->FindField(search_.LastField)) locate(field, search_.LastValue, true);
 }
 
 template <class B, class T>

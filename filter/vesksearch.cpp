@@ -1,5 +1,6 @@
 #include "filter/vesksearch.h"
 
+#include "filter/gridinput.h"
 #include "platform/db/fields.h"
 #include "platform/ui/dbgrids.h"
 #include "platform/ui/dialogs.h"
@@ -14,18 +15,35 @@ bool AskValue(TField* field, String& value) {
   return true;
 }
 
+// The kit's own search dialogue for a grid.
+bool AskGridInput(TField* selected, String& text, bool& partial, bool& byCode) {
+  TGridInputRequest request;
+  request.DataSet = selected ? selected->DataSet() : nullptr;
+  request.Field = selected;
+  request.Caption = u"Search";
+  request.Text = text;
+  request.Partial = partial;
+  if (!ShowGridInputForm(request)) return false;
+  text = request.Text;
+  partial = request.Partial;
+  byCode = request.ByCode;
+  return true;
+}
+
 // The grid's search dialogue: sets the value, the match and the field.
 // False when cancelled.
-bool RunGridDialog(const TVeskSearchHooks& hooks, TWinControl* grid, TDataSet* ds, TVeskSearchState& state,
+bool RunGridDialog(const TVeskSearchHooks& hooks, TComponent* grid, TDataSet* ds, TVeskSearchState& state,
                    TField*& field, TVeskLocateOption& options) {
+  auto* dbGrid = dynamic_cast<TCustomDBGrid*>(grid);
+  TField* selected = dbGrid && dbGrid->SelectedField() ? dbGrid->SelectedField() : field;
   String text = state.LastValue;
   bool partial = options.Contains(vloPartialKey), byCode = false;
-  if (!hooks.GridDialog(grid, text, partial, byCode)) return false;
+  const bool ok = hooks.GridDialog ? hooks.GridDialog(grid, selected, text, partial, byCode)
+                                   : AskGridInput(selected, text, partial, byCode);
+  if (!ok) return false;
   state.LastValue = text;
   if (partial) options << vloPartialKey;
   else options >> vloPartialKey;
-  auto* dbGrid = dynamic_cast<TCustomDBGrid*>(grid);
-  TField* selected = dbGrid ? dbGrid->SelectedField() : nullptr;
   if (selected) field = byCode && !selected->KeyFields().IsEmpty() ? ds->FieldByName(selected->KeyFields()) : selected;
   return true;
 }
@@ -54,14 +72,14 @@ bool FindData(TDataSet* ds, TField* field, const String& text, TVeskLocateOption
 }  // namespace
 
 bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSearchHooks& Hooks, TField* Field,
-                      const String& Value, int Repeat, TWinControl* Grid) {
+                      const String& Value, int Repeat, TComponent* Grid) {
   if (!DataSet) return false;
   if (!Value.IsEmpty()) State.LastValue = Value;
   TVeskLocateOption options = VeskLocateOptions(Hooks.Options);
   if (Repeat != 0) options << vloFromNext;
 
   bool asked = false;
-  if (Grid && Repeat != 0 && Hooks.GridDialog) {
+  if (Grid) {
     if (!RunGridDialog(Hooks, Grid, DataSet, State, Field, options)) return true;
     asked = true;
   }
@@ -71,7 +89,9 @@ bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSea
   }
   State.LastField = Field->FieldName();
 
-  const bool askFirst = !asked && (State.LastValue.IsEmpty() || Repeat != 0);
+  // A search without a text of its own asks, offering the last one; with
+  // no grid to ask, that is how a search command gets its text.
+  const bool askFirst = !asked && (Value.IsEmpty() || Repeat != 0);
   bool found = false;
   switch (Field->FieldKind()) {
     case fkCalculated:
@@ -81,7 +101,7 @@ bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSea
       }
       if (askFirst && !AskValue(Field, State.LastValue)) return false;
       found = Hooks.LocateCalc
-                  ? Hooks.LocateCalc(Field->FieldName(), State.LastValue, Hooks.Options, Repeat != 0)
+                  ? Hooks.LocateCalc(Field->FieldName(), State.LastValue, PlainOptions(options), Repeat != 0)
                   : Locate(DataSet, Field->FieldName(), State.LastValue, options);
       break;
     case fkLookup:
@@ -100,6 +120,7 @@ bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSea
   if (!found) {
     State.MissField = State.LastField;
     State.MissValue = State.LastValue;
+    if (Hooks.Miss) Hooks.Miss(State.MissField, State.MissValue);
   }
   return found;
 }

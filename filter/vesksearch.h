@@ -9,8 +9,6 @@
 
 #include "filter/vesklocate.h"
 
-class TWinControl;
-
 // What the dataset keeps between searches.
 struct TVeskSearchState {
   String LastField, LastValue;  // the last search; GetSearched tests LastField
@@ -32,16 +30,20 @@ struct TVeskSearchHooks {
   // The search dialogue for a grid: fills the text, whether the match is
   // partial, and whether to search the code (the field named by the
   // selected field's KeyFields) instead of the selected field; false on
-  // cancel. Unset: the value is asked with an input box.
-  std::function<bool(TWinControl* Grid, String& Text, bool& Partial, bool& ByCode)> GridDialog;
+  // cancel. Unset: the kit's TGridInputForm (filter/gridinput.h).
+  std::function<bool(TComponent* Grid, TField* Selected, String& Text, bool& Partial, bool& ByCode)> GridDialog;
+  // Told the field and text of a search that found nothing; the family
+  // keeps them for the next insert (SetSearchMiss).
+  std::function<void(const String& FieldName, const String& Value)> Miss;
 };
 
 // Searches Field (or the last searched field when null) for Value (or the
 // last value). Repeat 0 starts at the first record, 1 behind the current
-// one; with a grid and Repeat 1 the search dialogue is shown. Asks for the
-// value under "Search:" when there is none yet or when repeating. False
-// when not found or when the first question is cancelled; true when the
-// dialogue is cancelled, when the last field no longer exists, or when
-// ExtSearch took the search.
+// one. With a grid the search dialogue comes first and gives the text, the
+// match and the field (the grid's selected field, or its code field).
+// Without it the value is asked under "Search:" when there is none yet or
+// when repeating. False when not found or when that question is
+// cancelled; true when the dialogue is cancelled, when the last field no
+// longer exists, or when ExtSearch took the search.
 bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSearchHooks& Hooks, TField* Field,
-                      const String& Value, int Repeat, TWinControl* Grid);
+                      const String& Value, int Repeat, TComponent* Grid);

@@ -77,8 +77,9 @@ TEST_F(SearchLocate, NumbersFallBackToTheGeneralSearchOverText) {
 TEST_F(SearchLocate, GridDialogChoosesTextAndMatch) {
   TWinControl grid(nullptr);
   bool cancel = false;
-  hooks_.GridDialog = [&](TWinControl* shownFor, String& text, bool& partial, bool&) {
+  hooks_.GridDialog = [&](TComponent* shownFor, TField* selected, String& text, bool& partial, bool&) {
     EXPECT_EQ(shownFor, &grid);
+    EXPECT_EQ(selected, Name());
     text = u"Bread";
     partial = false;
     return !cancel;
