@@ -101,6 +101,69 @@ TEST_F(FindFilterTest, ARejectedConditionRestoresTheEarlierFilter) {
   EXPECT_EQ(Ids(q), u"2,3");
 }
 
+TEST_F(FindFilterTest, ARefusedDialogueConditionRestoresTheListAndTheQuery) {
+  TVeskODACQuery* q = Goods();
+  q->SetFilterCmdSetExpr(u"PRICE=>3");
+  const String filter = q->VeskFilter();
+  ui.ExpectForm(u"TFindFilterForm", Type({String(), 0, false, u"it's"}));
+  EXPECT_THROW(q->SetFilterCmdShow(u"NAME"), Exception);
+  EXPECT_EQ(q->VeskFilter(), filter);
+  EXPECT_TRUE(q->Active());
+  EXPECT_EQ(Ids(q), u"2,3,5");
+  EXPECT_EQ(q->ListFilts()->GetFieldExpr(u"NAME").Trim(), u"");
+  EXPECT_EQ(q->ListFilts()->GetFieldExpr(u"PRICE"), u">3");
+  // The restore brings back expressions only; a text row restored so has
+  // no options, and generating it is the string range error.
+  q->ListFilts()->SetFieldExpr(u"NAME", u"Apple");
+  EXPECT_THROW(q->ListFilts()->GenerateFilter(), ERangeError);
+  EXPECT_EQ(ui.Verify(), u"");
+}
+
+TEST_F(FindFilterTest, OneClickServerFiltersNestAndARefusalIsShown) {
+  TVeskODACQuery* q = Goods();
+  q->SetVeskSQLServer(true);
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"NAME"), u"Apricot", false, nullptr));
+  EXPECT_EQ(q->VeskFilter(), u"NAME='Apricot'");
+  EXPECT_EQ(Ids(q), u"2");
+  // The field's own row of the list stays unfiltered.
+  EXPECT_FALSE(q->ListFilts()->GetIsFiltered(u"NAME"));
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"QTY"), u"5", false, nullptr));
+  EXPECT_EQ(q->VeskFilter(), u"(NAME='Apricot')AND QTY='5'");
+  EXPECT_EQ(Ids(q), u"2");
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"ID"), u"1,3", true, nullptr));
+  EXPECT_EQ(q->VeskFilter(), u"((NAME='Apricot')AND QTY='5')AND ID IN(1,3)");
+  EXPECT_EQ(Ids(q), u"");
+  // A condition the engine refuses is shown; the one before comes back.
+  q->SetFilterCmdClear(false);
+  q->setFilter(q->FieldByName(u"QTY"), u"7", false, nullptr);
+  ui.ExpectShowMessage();
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"NAME"), u"it's", false, nullptr));
+  EXPECT_EQ(q->VeskFilter(), u"QTY='7'");
+  EXPECT_TRUE(q->Active());
+  EXPECT_EQ(Ids(q), u"3");
+  EXPECT_EQ(ui.Verify(), u"");
+}
+
+TEST_F(FindFilterTest, OneClickWithoutValueOpensTheDialogueOnTheField) {
+  TVeskODACQuery* q = Goods(u"G");
+  q->SetVeskSQLServer(true);
+  TComponent grid(nullptr);
+  ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
+    EXPECT_EQ(Control<TComboBox>(f, u"Fields").Text(), u"QTY");
+    EXPECT_EQ(f.Caption(), u"Filtru");
+    Control<TEdit>(f, u"Value").SetText(u">5");
+    PressButton(f, u"BtnOK");
+  });
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"QTY"), String(), false, &grid));
+  EXPECT_EQ(Ids(q), u"1,3");
+  EXPECT_EQ(q->ListFilts()->GetFieldExpr(u"QTY"), u">5");
+  // A cancel answers false and leaves the filter.
+  ui.ExpectForm(u"TFindFilterForm", mrCancel);
+  EXPECT_FALSE(q->setFilter(q->FieldByName(u"PRICE"), String(), false, &grid));
+  EXPECT_EQ(Ids(q), u"1,3");
+  EXPECT_EQ(ui.Verify(), u"");
+}
+
 TEST_F(FindFilterTest, TheDialogueAppliesEveryTextOption) {
   struct Case {
     int Option;
