@@ -106,6 +106,36 @@ TEST_F(KitDbTest, DittoIntoANewRecordTakesTheRecordBeforeIt) {
   q->Cancel();
 }
 
+TEST_F(KitDbTest, DittoPutsTheRecordBackWhenReadingTheOneBeforeFails) {
+  TVeskODACQuery* q = NewQuery();
+  q->SQL()->SetText(u"SELECT ID, NAME FROM GOODS ORDER BY ID");
+  auto add = [q](TField* field, const String& name, TFieldKind kind) {
+    field->SetFieldName(name);
+    field->SetFieldKind(kind);
+    field->SetDataSet(q);
+    return field;
+  };
+  add(new TIntegerField(q), u"ID", fkData);
+  add(new TStringField(q), u"NAME", fkData);
+  TField* calc = add(new TStringField(q), u"CLC", fkCalculated);
+  bool armed = false;
+  q->OnCalcFields = [&armed](TDataSet* ds) {
+    const String name = ds->FieldByName(u"NAME")->AsString();
+    if (armed && name == u"Apple") throw Exception(u"cannot calculate Apple");
+    ds->FieldByName(u"CLC")->SetAsString(name + u"!");
+  };
+  q->Open();
+  q->Locate(u"ID", 2, TLocateOptions());
+  q->Edit();
+  armed = true;
+  EXPECT_THROW(q->getDitto(calc), Exception);
+  // The fields read the current record again, and no link is left behind.
+  EXPECT_EQ(q->FieldByName(u"NAME")->AsString(), u"Apricot");
+  EXPECT_EQ(calc->AsString(), u"Apricot!");
+  EXPECT_TRUE(q->DataSources().empty());
+  q->Cancel();
+}
+
 // ---- Duplication ------------------------------------------------------------------
 
 TEST_F(KitDbTest, DuplicateRecordRefusesDuringAnEdit) {
