@@ -1,5 +1,6 @@
 #include "data/veskpos.h"
 
+#include <algorithm>
 #include <array>
 
 #include "filter/vesklocate.h"
