@@ -27,6 +27,10 @@
 // hooks that speak to a server, a transaction or SQL text are left out on
 // bases that have none.
 //
+// The body answers the grids' state questions through TVeskStateHost
+// (filter/filterstate.h) and searches through filter/vesksearch.h; both
+// headers sit below data/ and include nothing of it.
+//
 // The member functions are defined in data/veskbodyimpl.h, which only the
 // units that define a member include.
 #pragma once

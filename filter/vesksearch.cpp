@@ -106,7 +106,7 @@ bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSea
       break;
     case fkLookup:
       if (Hooks.LookupFilterCount > 0) {
-        ShowMessage(u"Can't do this ");
+        ShowMessage(u"Can't do this with enabled lookUp filters\nRemove them and try agan");
         return false;
       }
       if (askFirst && !AskValue(Field, State.LastValue)) return false;

@@ -94,12 +94,50 @@ TEST_F(SearchLocate, GridDialogChoosesTextAndMatch) {
   EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 1, &grid));
 }
 
+TEST_F(SearchLocate, CalculatedFieldsGoToTheApplicationOrTheFieldReadingSearch) {
+  TField* name = Name();
+  name->SetFieldKind(fkCalculated);
+  int external = 0;
+  hooks_.ExtSearch = [&](TObject* sender) {
+    EXPECT_EQ(sender, table_.get());
+    ++external;
+  };
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, name, u"x", 0, nullptr));
+  EXPECT_EQ(external, 1);
+  EXPECT_EQ(state_.LastField, u"NAME");
+  hooks_.ExtSearch = nullptr;
+  String keys;
+  bool forward = true;
+  TLocateOptions seen;
+  hooks_.LocateCalc = [&](const String& k, const Variant& v, TLocateOptions o, bool f) {
+    keys = k;
+    forward = f;
+    seen = o;
+    return VarToStr(v) == u"Bread";
+  };
+  int misses = 0;
+  hooks_.Miss = [&](const String& field, const String& value) {
+    ++misses;
+    EXPECT_EQ(field, u"NAME");
+    EXPECT_EQ(value, u"Cake");
+  };
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, name, u"Bread", 0, nullptr));
+  EXPECT_EQ(keys, u"NAME");
+  EXPECT_FALSE(forward);
+  EXPECT_TRUE(seen.Contains(loPartialKey));
+  EXPECT_EQ(misses, 0);
+  EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, name, u"Cake", 0, nullptr));
+  EXPECT_EQ(misses, 1);
+  EXPECT_EQ(state_.MissValue, u"Cake");
+}
+
 TEST_F(SearchLocate, LookupFieldsRefuseWhileLookupsFilter) {
   hooks_.LookupFilterCount = 1;
   TField* name = Name();
   name->SetFieldKind(fkLookup);
-  ui_.ExpectShowMessage(u"Can't do this");
+  ui_.ExpectShowMessage(u"Can't do this with enabled lookUp filters\nRemove them and try agan");
   EXPECT_FALSE(VeskSearchLocate(table_.get(), state_, hooks_, name, u"x", 0, nullptr));
+  EXPECT_EQ(state_.MissField, u"");
 }
 
 }  // namespace
