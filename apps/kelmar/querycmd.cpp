@@ -9,6 +9,8 @@
 #include "drivers/sqlite/sqlitedriver.h"
 #include "filter/listfilts.h"
 #include "filter/xttsum.h"
+#include "platform/ui/forms.h"
+#include "platform/ui/uiport.h"
 
 const char* const kQueryUsage =
     "usage: kelmar query --db FILE --table T [--alias A] [--where TEXT] [--sys-filter TEXT] [--order TEXT]\n"
@@ -48,6 +50,29 @@ bool Parse(const std::vector<std::string>& args, TQueryArgs& parsed) {
 
 String Arg(TQueryArgs& parsed, const char* name) { return String::FromUtf8(parsed.values[name]); }
 
+// The command's person is the terminal: what the filter language would
+// show in a message box (a bad number or date) goes to the error stream,
+// and the condition then goes on as typed, as it does for a person. The
+// command asks nothing, so any other dialogue is refused.
+class TConsoleMessages final : public UserInterface {
+ public:
+  explicit TConsoleMessages(std::ostream& err) : err_(err) {}
+  void ShowModal(TCustomForm&) override { Refuse(); }
+  int MessageDlg(const String& Msg, TMsgDlgType, TMsgDlgButtons, int) override {
+    ShowMessage(Msg);
+    return mrOk;
+  }
+  void ShowMessage(const String& Msg) override { err_ << "kelmar: " << Msg.ToUtf8() << "\n"; }
+  bool InputQuery(const String&, const String&, String&) override { Refuse(); }
+  bool FileDialog(TFileDialogRequest&) override { Refuse(); }
+  bool SelectDirectory(const String&, const String&, String&) override { Refuse(); }
+  TMenuItem* TrackPopupMenu(TPopupMenu&, int, int) override { Refuse(); }
+
+ private:
+  [[noreturn]] static void Refuse() { throw EInvalidOperation(u"kelmar query asks no questions"); }
+  std::ostream& err_;
+};
+
 const char* FunctionWord(int function) {
   static const char* const kWords[] = {"sum", "min", "max", "count", "avg"};
   return function >= 0 && function < 5 ? kWords[function] : "?";
@@ -67,6 +92,8 @@ int RunQueryCommand(const std::vector<std::string>& args, std::ostream& out, std
     err << "kelmar: database file \"" << file << "\" not found\n";
     return 1;
   }
+  TConsoleMessages console(err);
+  TUserInterfaceScope scope(console);
   try {
     RegisterSQLiteDriver();
     TOraSession session(nullptr);

@@ -11,6 +11,7 @@
 #include "data/veskodacquerylib.h"
 #include "drivers/sqlite/sqlitedriver.h"
 #include "platform/db/orasession.h"
+#include "platform/ui/uiport.h"
 
 namespace {
 
@@ -121,6 +122,18 @@ TEST_F(QueryCommand, BadFiltersAreRefusedClearly) {
   EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "NAME=it's"}), 1);
   EXPECT_EQ(err_.str().rfind("kelmar: ", 0), 0u);
   EXPECT_EQ(out_.str(), "");
+}
+
+TEST_F(QueryCommand, ABadNumberIsToldAsTheDialogueWouldTellIt) {
+  // The language tells of the bad number, then the condition goes on as
+  // typed and the engine refuses it.
+  EXPECT_EQ(Run({"--db", db_, "--table", "GOODS", "--filter", "PRICE=abc"}), 1);
+  const std::string err = err_.str();
+  EXPECT_EQ(err.rfind("kelmar: TFilterForm::ReFloat() - Incorrect float value: 'abc'\n", 0), 0u) << err;
+  EXPECT_NE(err.find("abc", err.find('\n')), std::string::npos) << err;
+  EXPECT_EQ(out_.str(), "");
+  // Nothing is left installed behind the command.
+  EXPECT_THROW(CurrentUserInterface().ShowMessage(u"x"), EInvalidOperation);
 }
 
 }  // namespace
