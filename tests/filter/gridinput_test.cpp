@@ -5,6 +5,7 @@
 #include "filter/gridinput.h"
 
 #include "data/lookupfilters.h"
+#include "data/veskvirt.h"
 #include "filter/filterstate.h"
 #include "platform/ui/scriptedui.h"
 #include "tests/support/kitfixture.h"
@@ -130,6 +131,30 @@ TEST_F(GridInputTest, ALookupColumnFiltersByItsTextOrByItsCode) {
   EXPECT_TRUE(q_->setFilter(name_, String(), true, &grid_));
   EXPECT_EQ(q_->FilterLists().CountLF(), 0);
   EXPECT_EQ(Ids(q_), u"20,40");
+}
+
+TEST_F(GridInputTest, TheInMemoryMemberFiltersOnTheClientOnly) {
+  auto* v = new TVeskVirt(owner_.get());
+  v->AddField(u"ID", ftInteger);
+  v->AddField(u"NAME", ftString, 20);
+  v->Open();
+  for (auto [id, name] : {std::pair{1, u"Apple"}, std::pair{2, u"Bread"}, std::pair{3, u"Butter"}}) {
+    v->Append();
+    v->FieldByName(u"ID")->SetValue(id);
+    v->FieldByName(u"NAME")->SetValue(String(name));
+    v->Post();
+  }
+  // Even under VeskSQLServer there is no server to ask.
+  v->SetVeskSQLServer(true);
+  ui_.ExpectForm(u"TGridInputForm", Answer({u"B"}));
+  EXPECT_TRUE(v->setFilter(v->FieldByName(u"NAME"), String(), true, &grid_));
+  EXPECT_EQ(Ids(v), u"2,3");
+  ui_.ExpectForm(u"TGridInputForm", Answer({u"3", false}));
+  EXPECT_TRUE(v->setFilter(v->FieldByName(u"ID"), String(), true, &grid_));
+  EXPECT_EQ(Ids(v), u"3");
+  v->freeFilters(false);
+  EXPECT_EQ(Ids(v), u"1,2,3");
+  EXPECT_FALSE(GetFiltered(v));
 }
 
 TEST_F(GridInputTest, WithNothingInstalledTheQuestionIsCancelled) {
