@@ -403,8 +403,18 @@ void TFindFilterForm::BtnOKClick(TObject*) {
 }
 
 void TFindFilterForm::FormShow(TObject*) {
-  // Nothing answers the message yet: the input only announces itself.
+  // Posted, so that the text arrives once the form is up and the person
+  // sees it typed in.
   if (!input_.IsEmpty()) PostMessage(Handle(), WM_FINDFILTER_LANGUAGE, reinterpret_cast<WPARAM>(this), 0);
+}
+
+void TFindFilterForm::Dispatch(TMessage& Message) {
+  if (Message.Msg != WM_FINDFILTER_LANGUAGE || Message.WParam != reinterpret_cast<WPARAM>(this)) {
+    TForm::Dispatch(Message);
+    return;
+  }
+  // A condition the person already gave for the field stays.
+  if (SelectedRow() && Value->Text().IsEmpty()) Value->SetText(input_);
 }
 
 void TFindFilterForm::FormClose(TObject*, TCloseAction&) { SetupFilter(); }

@@ -50,7 +50,9 @@ class TFindFilterForm : public TForm, public TFilterValueLanguage {
   TListFilts* List() const { return list_; }
   int Language() const { return language_; }
   // The grid's text the dialogue was opened over; FormShow posts
-  // WM_FINDFILTER_LANGUAGE to the form when it is not empty.
+  // WM_FINDFILTER_LANGUAGE to the form when it is not empty, and the form,
+  // on receiving its own post, offers the text as the value of a selected
+  // field that has none yet.
   const String& Input() const { return input_; }
   void SetInput(const String& Text) { input_ = Text; }
 
@@ -102,6 +104,9 @@ class TFindFilterForm : public TForm, public TFilterValueLanguage {
   void BtnOKClick(TObject* Sender);
   void FormShow(TObject* Sender);
   void FormClose(TObject* Sender, TCloseAction& Action);
+
+ protected:
+  void Dispatch(TMessage& Message) override;
 
  private:
   void CreateControls();

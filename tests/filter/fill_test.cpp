@@ -157,10 +157,27 @@ TEST_F(FindFilterTest, OneClickWithoutValueOpensTheDialogueOnTheField) {
   EXPECT_TRUE(q->setFilter(q->FieldByName(u"QTY"), String(), false, &grid));
   EXPECT_EQ(Ids(q), u"1,3");
   EXPECT_EQ(q->ListFilts()->GetFieldExpr(u"QTY"), u">5");
+  // The grid's text comes in once the form is up, as the value of a field
+  // without one.
+  q->Locate(u"ID", 3, TLocateOptions());
+  ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
+    EXPECT_EQ(Control<TEdit>(f, u"Value").Text(), u"");
+    Application->ProcessMessages();
+    EXPECT_EQ(Control<TEdit>(f, u"Value").Text(), u"Butter");
+    PressButton(f, u"BtnOK");
+  });
+  EXPECT_TRUE(q->setFilter(q->FieldByName(u"NAME"), String(), false, &grid));
+  EXPECT_EQ(Ids(q), u"3");
+  ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
+    Application->ProcessMessages();
+    EXPECT_EQ(Control<TEdit>(f, u"Value").Text(), u">5");
+    PressButton(f, u"BtnCancel");
+  });
+  EXPECT_FALSE(q->setFilter(q->FieldByName(u"QTY"), String(), false, &grid));
   // A cancel answers false and leaves the filter.
   ui.ExpectForm(u"TFindFilterForm", mrCancel);
   EXPECT_FALSE(q->setFilter(q->FieldByName(u"PRICE"), String(), false, &grid));
-  EXPECT_EQ(Ids(q), u"1,3");
+  EXPECT_EQ(Ids(q), u"3");
   EXPECT_EQ(ui.Verify(), u"");
 }
 
