@@ -8,8 +8,9 @@
 //
 // Each --filter puts a condition on one field in the filter value language
 // (">3", "1 2", ">=5,<=9", "ap"), as a person types it into the find/filter
-// dialogue: text compares whole, ignoring case. --show-sql prints the
-// statement as the filters left it.
+// dialogue: text compares whole, ignoring case. A bad number or date is
+// told on the error stream as the dialogue's message box would tell it.
+// --show-sql prints the statement as the filters left it.
 #pragma once
 
 #include <iosfwd>
