@@ -435,6 +435,81 @@ void Power(sqlite3_context* c, int, TArgs a) {
   ResultNumber(c, std::pow(x.Float, y.Float));
 }
 
+// ---- Date arithmetic -------------------------------------------------------
+//
+// The shim turns every binary + and - into kelmar_add / kelmar_sub, since
+// dates are stored as text and the engine's own operators would read
+// "2015-02-01 ..." as the number 2015. A date plus or minus a number of
+// days is a date; a date minus a date is the days between them.
+
+constexpr int64_t kSecondsPerDay = 86400;
+
+struct TArithOperand {
+  bool IsDate = false;
+  int64_t Seconds = 0;  // since 1899-12-30, for dates
+  TOraNumber Number;
+};
+
+bool ArithOperand(sqlite3_context* c, sqlite3_value* v, TArithOperand& x) {
+  TCivilTime t;
+  switch (sqlite3_value_type(v)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+      return Number(c, v, x.Number);
+    case SQLITE_TEXT:
+      if (ParseStoredDate(Text(v), t)) {
+        x.IsDate = true;
+        x.Seconds = DaysFromCivil(t.Year, t.Month, t.Day) * kSecondsPerDay + t.Hour * 3600 + t.Minute * 60 + t.Second;
+        return true;
+      }
+      return Number(c, v, x.Number);
+    default:
+      Fail(c, 932, "inconsistent datatypes: expected NUMBER got BLOB");
+      return false;
+  }
+}
+
+// date + days: whole seconds, as Oracle's DATE keeps them.
+void ResultShiftedDate(sqlite3_context* c, int64_t seconds, double days) {
+  if (!std::isfinite(days) || std::fabs(days) > 4e6) return Fail(c, 1841, FormatErrorText(1841));
+  seconds += std::llround(days * kSecondsPerDay);
+  int64_t day = seconds / kSecondsPerDay, rest = seconds % kSecondsPerDay;
+  if (rest < 0) {
+    rest += kSecondsPerDay;
+    --day;
+  }
+  TCivilTime t = DaysToCivil(static_cast<double>(day));
+  t.Hour = static_cast<int>(rest / 3600);
+  t.Minute = static_cast<int>(rest / 60 % 60);
+  t.Second = static_cast<int>(rest % 60);
+  if (!IsValidCivil(t)) return Fail(c, 1841, FormatErrorText(1841));
+  ResultDate(c, t);
+}
+
+void ResultSum(sqlite3_context* c, const TOraNumber& x, const TOraNumber& y, bool subtract) {
+  int64_t sum = 0;
+  if (x.IsInteger && y.IsInteger &&
+      !(subtract ? __builtin_sub_overflow(x.Int, y.Int, &sum) : __builtin_add_overflow(x.Int, y.Int, &sum)))
+    return sqlite3_result_int64(c, sum);
+  sqlite3_result_double(c, subtract ? x.Float - y.Float : x.Float + y.Float);
+}
+
+void Arithmetic(sqlite3_context* c, TArgs a, bool subtract) {
+  if (AnyNull(2, a)) return sqlite3_result_null(c);
+  TArithOperand x, y;
+  if (!ArithOperand(c, a[0], x) || !ArithOperand(c, a[1], y)) return;
+  if (!x.IsDate && !y.IsDate) return ResultSum(c, x.Number, y.Number, subtract);
+  if (x.IsDate && y.IsDate) {
+    if (!subtract) return Fail(c, 975, "date + date not allowed");
+    return sqlite3_result_double(c, static_cast<double>(x.Seconds - y.Seconds) / kSecondsPerDay);
+  }
+  if (x.IsDate) return ResultShiftedDate(c, x.Seconds, subtract ? -y.Number.Float : y.Number.Float);
+  if (subtract) return Fail(c, 932, "inconsistent datatypes: expected NUMBER got DATE");
+  ResultShiftedDate(c, y.Seconds, x.Number.Float);
+}
+void Add(sqlite3_context* c, int, TArgs a) { Arithmetic(c, a, false); }
+void Subtract(sqlite3_context* c, int, TArgs a) { Arithmetic(c, a, true); }
+
 // ---- Session ---------------------------------------------------------------
 
 TShimSession* SessionOf(sqlite3_context* c) { return static_cast<TShimSession*>(sqlite3_user_data(c)); }
@@ -535,6 +610,7 @@ constexpr TFunctionDef kFunctions[] = {
     {"SYS_CONTEXT", 2, true, SysContext}, {"kelmar_nextval", 1, false, NextVal},
     {"kelmar_currval", 1, false, CurrVal}, {"kelmar_datelit", 2, true, DateLiteral},
     {"kelmar_coltype", 2, true, ColumnType}, {"kelmar_synonym", 2, true, SynonymPart},
+    {"kelmar_add", 2, true, Add},    {"kelmar_sub", 2, true, Subtract},
 };
 
 // ---- Functions of the application -----------------------------------------

@@ -2,7 +2,8 @@
 // DECODE, TO_DATE, TO_CHAR, TO_NUMBER, Unicode UPPER/LOWER, TRUNC, ROUND,
 // ADD_MONTHS, LPAD, RPAD, INSTR, SUBSTR, MOD, GREATEST, LEAST, CHR, SIGN,
 // FLOOR, CEIL, POWER, sys_context, and the shim's own helpers for
-// sequences, date literals and the dictionary views.
+// sequences, date literals, date arithmetic and the dictionary
+// views.
 #pragma once
 
 #include <cstdint>

@@ -315,6 +315,7 @@ class TTranslator {
         cut = into;
       }
     }
+    Arithmetic(b, e, cut);
     Emit(b, e, cut, cutEnd, step);
     p_.Steps.push_back(std::move(step));
     return TDbStatus::Ok();
@@ -339,6 +340,7 @@ class TTranslator {
       }
       const TToken& t = t_[i];
       space = space || t.SpaceBefore;
+      outAt_[i] = out.size();
       const bool afterDot = i > b && IsSymbol(t_[i - 1], ".");
       if (IsSymbol(t, "(")) ++depth;
       if (IsSymbol(t, ")")) --depth;
@@ -347,7 +349,13 @@ class TTranslator {
 
       size_t used = 1;
       std::string text;
-      if (t.Kind == tkParam) {
+      if (!before_[i].empty()) {
+        Put(out, space, before_[i]);
+        space = false;
+      }
+      if (!opText_[i].empty()) {
+        text = opText_[i];
+      } else if (t.Kind == tkParam) {
         const int index = ParamIndex(t.Name);
         if (local.size() <= static_cast<size_t>(index)) local.resize(index + 1, 0);
         if (local[index] == 0) {
@@ -376,8 +384,10 @@ class TTranslator {
         continue;
       } else if (IsSymbol(t, "^=")) {
         text = "<>";
+      } else if (IsSymbol(t, "/")) {
+        text = "* 1.0 /";  // Oracle divides exactly; the engine drops the fraction of two integers
       } else if (t.Kind == tkString && !inSet && IsNlsDateLiteral(t.Name)) {
-        text = DateLiteral(b, i);
+        text = DateLiteral(b, i, out);
       } else if (t.Kind == tkWord && t.Name.find('#') != std::string_view::npos) {
         text.assign(1, '"').append(t.Name).push_back('"');
       } else {
@@ -385,7 +395,92 @@ class TTranslator {
       }
       Put(out, space, text);
       space = false;
+      for (size_t k = i; k < i + used; ++k) out += after_[k];
       i += used;
+    }
+  }
+
+  // Words that end an operand of + and -: the clauses, the logic and the
+  // comparisons around an arithmetic expression.
+  static bool EndsOperand(const TToken& t) {
+    static constexpr std::string_view kWords[] = {
+        "SELECT", "DISTINCT", "ALL",   "FROM",   "WHERE",    "AND",       "OR",     "NOT",       "ON",
+        "AS",     "CASE",     "WHEN",  "THEN",   "ELSE",     "END",       "BETWEEN", "IN",       "LIKE",
+        "ESCAPE", "IS",       "GROUP", "ORDER",  "BY",       "HAVING",    "UNION",  "INTERSECT", "EXCEPT",
+        "MINUS",  "SET",      "VALUES", "INTO",  "RETURNING", "RETURN",   "ASC",    "DESC",      "NULLS",
+        "JOIN",   "LEFT",     "RIGHT", "INNER",  "OUTER",    "CROSS",     "FULL",   "USING",     "WITH",
+        "UPDATE", "DELETE",   "INSERT", "EXISTS", "CONNECT", "START",     "PRIOR",  "FOR",       "DEFAULT"};
+    if (t.Kind == tkSymbol)
+      return IsComparison(t) || IsSymbol(t, ",") || IsSymbol(t, "||") || IsSymbol(t, ";");
+    if (t.Kind != tkWord) return false;
+    for (std::string_view word : kWords)
+      if (IsKeyword(t, word)) return true;
+    return false;
+  }
+
+  static bool IsOperand(const TToken& t) { return t.Kind != tkSymbol || IsSymbol(t, ")"); }
+
+  // Oracle's date arithmetic: the engine keeps dates as text, so every
+  // binary + and - becomes a call that knows dates, left-associative:
+  // "a - b + c" is kelmar_add(kelmar_sub(a,b),c). A chain that is a whole
+  // item of the select list is labelled as Oracle labels it.
+  void Arithmetic(size_t b, size_t e, size_t cut) {
+    if (before_.size() < t_.size()) {
+      before_.resize(t_.size());
+      after_.resize(t_.size());
+      opText_.resize(t_.size());
+      chainStart_.resize(t_.size());
+      outAt_.resize(t_.size());
+    }
+    struct TChain {
+      size_t Start;
+      std::vector<size_t> Ops;
+      bool AfterOperand = false;
+    };
+    std::vector<TChain> open{TChain{b, {}}};
+    auto close = [&](const TChain& chain, size_t end) {
+      if (chain.Ops.empty() || end <= chain.Ops.back() + 1) return;
+      std::string calls;
+      for (size_t k = chain.Ops.size(); k-- > 0;)
+        calls += IsSymbol(t_[chain.Ops[k]], "+") ? "kelmar_add(" : "kelmar_sub(";
+      before_[chain.Start] = calls + before_[chain.Start];
+      for (size_t k = 0; k < chain.Ops.size(); ++k) opText_[chain.Ops[k]] = k == 0 ? "," : "),";
+      after_[end - 1] += ")";
+      chainStart_[end - 1] = chain.Start + 1;
+      if (open.size() == 1 && LoneSelectItem(b, chain.Start, end, e, 0, cut)) {
+        std::string label;  // the text without blanks, unquoted names in upper case
+        for (size_t k = chain.Start; k < end; ++k)
+          label += t_[k].Kind == tkQuoted ? std::string(t_[k].Name) : FoldName(t_[k].Text);
+        std::erase(label, '"');
+        after_[end - 1] += " AS \"" + label + "\"";
+      }
+    };
+    for (size_t i = b; i < e; ++i) {
+      const TToken& t = t_[i];
+      if (IsSymbol(t, "(")) {
+        open.back().AfterOperand = false;
+        open.push_back(TChain{i + 1, {}});
+      } else if (IsSymbol(t, ")")) {
+        close(open.back(), i);
+        if (open.size() > 1) open.pop_back();
+        open.back().AfterOperand = true;
+      } else if (IsKeyword(t, "OVER") && open.back().AfterOperand) {
+        open.back().AfterOperand = false;  // f(...) OVER (...) is one operand
+      } else if (i == cut || EndsOperand(t) || (open.back().AfterOperand && IsOperand(t))) {
+        // A name right after an operand is an alias and starts afresh.
+        close(open.back(), i);
+        const bool alias = !(i == cut || EndsOperand(t));
+        open.back() = TChain{alias ? i : i + 1, {}, alias};
+      } else if ((IsSymbol(t, "+") || IsSymbol(t, "-")) && open.back().AfterOperand) {
+        open.back().Ops.push_back(i);
+        open.back().AfterOperand = false;
+      } else {
+        open.back().AfterOperand = IsOperand(t);
+      }
+    }
+    while (!open.empty()) {
+      close(open.back(), e);
+      open.pop_back();
     }
   }
 
@@ -434,10 +529,14 @@ class TTranslator {
 
   // `col >= '01.02.2015'`: the literal is read as a date when the column
   // holds dates, and stays text otherwise.
-  std::string DateLiteral(size_t b, size_t i) const {
+  std::string DateLiteral(size_t b, size_t i, const std::string& out) const {
     const std::string literal(t_[i].Text);
     if (i < b + 2 || !IsComparison(t_[i - 1])) return literal;
     size_t k = i - 2;
+    if (chainStart_[k] > 0) {  // "doc_date + 7 >= '01.02.2015'": the sum as written out
+      const size_t from = outAt_[chainStart_[k] - 1], to = outAt_[i - 1];
+      return "kelmar_datelit(" + out.substr(from, to - from) + "," + literal + ")";
+    }
     if (!IsName(t_[k]) || IsKeyword(t_[k], "SYSDATE")) return literal;
     while (k >= b + 2 && IsSymbol(t_[k - 1], ".") && IsName(t_[k - 2])) k -= 2;
     std::string operand;
@@ -448,6 +547,10 @@ class TTranslator {
   const std::vector<TToken>& t_;
   TShimProgram& p_;
   std::unordered_map<std::string, int> keys_;  // folded parameter name -> index
+  // What Arithmetic puts before a token, after it, or instead of it.
+  std::vector<std::string> before_, after_, opText_;
+  std::vector<size_t> chainStart_;  // 1 + first token of the chain ending here; 0: none
+  std::vector<size_t> outAt_;       // where each token's text begins in the step's SQL
 };
 
 }  // namespace
