@@ -418,7 +418,9 @@ void TDataSet::CalculateFields(RowId row) const {
     }
     self->DoOnCalcFields();
   } catch (...) {
+    // The buffer is half-filled: no record may take it for its values.
     calculating_ = false;
+    calcRow_ = -1;
     throw;
   }
   calculating_ = false;

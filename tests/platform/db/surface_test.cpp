@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/db/datasource.h"
 #include "platform/db/memdataset.h"
 
 namespace {
@@ -72,8 +73,8 @@ TEST_F(SurfaceTest, LocateOverSeveralKeysAppliesTheOptionsToEachTextKey) {
   EXPECT_TRUE(table_->Locate(u"CITY;NAME", VarArrayOf({u"Cahul", u"an"}), both));
   EXPECT_EQ(Id(), 4);
   // Options leave numbers and dates exact; three keys of three kinds.
-  EXPECT_TRUE(table_->Locate(u"ID;NAME;DAY", VarArrayOf({Variant(1), Variant(u"ana p"), Variant(EncodeDate(2024, 1, 5))}),
-                             both));
+  const Variant keys = VarArrayOf({Variant(1), Variant(u"ana p"), Variant(EncodeDate(2024, 1, 5))});
+  EXPECT_TRUE(table_->Locate(u"ID;NAME;DAY", keys, both));
   EXPECT_EQ(Id(), 1);
   EXPECT_FALSE(table_->Locate(u"PRICE;NAME", VarArrayOf({Variant(3.2), Variant(u"ANATOL")}), both));
   EXPECT_EQ(Id(), 1);
@@ -262,6 +263,49 @@ TEST_F(SurfaceTest, LongAndDeepFiltersAreBoundedNotFatal) {
   String nots;
   for (int i = 0; i < 40; ++i) nots += u"NOT NOT ";
   EXPECT_EQ(Ids(nots + u"ID = 2"), "2");
+}
+
+TEST(SurfaceLinks, AFailedCalculationOfAnotherRecordLeavesTheCurrentOneIntact) {
+  TVirtualTable t(nullptr);
+  auto* id = new TIntegerField(&t);
+  id->SetFieldName(u"ID");
+  id->SetDataSet(&t);
+  auto* label = new TStringField(&t);
+  label->SetFieldName(u"LABEL");
+  label->SetFieldKind(fkCalculated);
+  label->SetDataSet(&t);
+  bool refuseFirst = false;
+  t.OnCalcFields = [&](TDataSet* ds) {
+    const int value = ds->FieldByName(u"ID")->AsInteger();
+    if (refuseFirst && value == 1) throw EDatabaseError(u"cannot calculate 1");
+    ds->FieldByName(u"LABEL")->SetAsString(u"#" + IntToStr(value));
+  };
+  t.Open();
+  for (int i = 1; i <= 2; ++i) {
+    t.Append();
+    id->SetAsInteger(i);
+    t.Post();
+  }
+  EXPECT_EQ(label->AsString(), u"#2");
+  TDataSource source(nullptr);
+  source.SetDataSet(&t);
+  TDataLink link;
+  link.SetBufferCount(2);
+  link.SetDataSource(&source);
+  ASSERT_EQ(link.ActiveRecord(), 1);
+  link.SetActiveRecord(0);
+  EXPECT_EQ(label->AsString(), u"#1");
+  link.SetActiveRecord(1);
+  EXPECT_EQ(label->AsString(), u"#2");
+  refuseFirst = true;
+  link.SetActiveRecord(0);
+  EXPECT_THROW(label->AsString(), EDatabaseError);
+  link.SetActiveRecord(1);
+  // The current record's values are calculated again, not taken from the
+  // buffer the failed calculation left behind.
+  EXPECT_EQ(id->AsInteger(), 2);
+  EXPECT_EQ(label->AsString(), u"#2");
+  link.SetDataSource(nullptr);
 }
 
 // Records the steps and fails in the one it is told.
