@@ -9,17 +9,9 @@
 
 #include "platform/db/orasession.h"
 #include "platform/rtl/stringlist.h"
+#include "platform/rtl/sysutils.h"
 
 namespace {
-
-// Folds the upper-case letters of the alphabet; nothing else can become a
-// member by folding, so the rest is left as it stands.
-char16_t FoldCase(char16_t c) {
-  if (c >= u'A' && c <= u'Z') return static_cast<char16_t>(c + 32);
-  if (c >= u'\u0410' && c <= u'\u042F') return static_cast<char16_t>(c + 0x20);
-  if (c == u'\u0401') return u'\u0451';
-  return c;
-}
 
 bool InAlphabet(char16_t c) {
   return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'\u0430' && c <= u'\u044F') ||
@@ -124,11 +116,13 @@ TDbValue TextResult(const String& s) { return s.IsEmpty() ? TDbValue::Null() : T
 }  // namespace
 
 String VeskCmpPrep(const String& text, TStrings* stopWords) {
+  // The full case mapping: a few letters outside the alphabet (the Kelvin
+  // sign, the dotted capital I) become members by it.
+  const String lower = LowerCase(text);
   std::u16string out;
-  out.reserve(text.u16().size());
+  out.reserve(lower.u16().size());
   bool separated = false;
-  for (char16_t c : text.u16()) {
-    c = FoldCase(c);
+  for (char16_t c : lower.u16()) {
     if (!InAlphabet(c)) {
       separated = true;
       continue;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include "platform/db/dadataset.h"
@@ -88,24 +89,32 @@ void DeleteAll(TDataSet* ds) {
   while (ds->RecordCount() > 0) ds->Delete();
 }
 
-// "VeskMode" off for the life of the scope, where the dataset has it.
-class TVeskModeOff {
+// The kit's switches that would act on every record written back, where
+// the dataset publishes them: the editing guard would ask about each
+// append, and the summaries would walk the whole table after each post.
+class TKitSwitches {
  public:
-  explicit TVeskModeOff(TDataSet* ds) : ds_(IsPropType(ds, u"VeskMode", tkEnumeration) ? ds : nullptr) {
-    if (ds_) {
-      saved_ = GetPropBool(ds_, u"VeskMode");
-      SetPropBool(ds_, u"VeskMode", false);
+  void Off(TDataSet* ds) {
+    ds_ = ds;
+    for (TSwitch& s : switches_) {
+      if (!IsPropType(ds_, s.Name, tkEnumeration) || !GetPropBool(ds_, s.Name)) continue;
+      SetPropBool(ds_, s.Name, false);
+      s.WasOn = true;
     }
   }
-  ~TVeskModeOff() {
-    if (ds_) SetPropBool(ds_, u"VeskMode", saved_);
+  // Turns on again what Off turned off (the summaries compute once here).
+  void Restore() {
+    for (TSwitch& s : switches_)
+      if (std::exchange(s.WasOn, false)) SetPropBool(ds_, s.Name, true);
   }
-  TVeskModeOff(const TVeskModeOff&) = delete;
-  TVeskModeOff& operator=(const TVeskModeOff&) = delete;
 
  private:
-  TDataSet* ds_;
-  bool saved_ = false;
+  struct TSwitch {
+    const char16_t* Name;
+    bool WasOn = false;
+  };
+  TDataSet* ds_ = nullptr;
+  TSwitch switches_[2] = {{u"VeskMode"}, {u"XTTShowSummary"}};
 };
 
 void RewriteInMemory(TMemDataSet* ds, const TRecordTable& table, const std::vector<size_t>& order, bool reverse) {
@@ -153,18 +162,32 @@ void VeskSort(TDataSet* DataSet, const String& FieldName, bool Descending) {
                   DataSet);
   DataSet->CheckBrowseMode();
   const Variant current = sortField->Value();
+  // Clear drops the records a filter hides as well: they are read and
+  // written back with the others. On a server the hidden rows are simply
+  // not touched.
+  const bool showHidden = memory && DataSet->Filtered();
 
+  TKitSwitches switches;
+  auto restore = [&] {
+    switches.Restore();
+    if (showHidden && !DataSet->Filtered()) DataSet->SetFiltered(true);
+  };
   DataSet->DisableControls();
   try {
+    if (showHidden) DataSet->SetFiltered(false);
     const TRecordTable table = ReadRecords(DataSet);
     const std::vector<size_t> order = SortedOrder(table, sortField->Index());
-    {
-      TVeskModeOff modeOff(DataSet);
-      if (memory) RewriteInMemory(memory, table, order, Descending);
-      else RewriteInTransaction(database, table, order, Descending);
-    }
+    switches.Off(DataSet);
+    if (memory) RewriteInMemory(memory, table, order, Descending);
+    else RewriteInTransaction(database, table, order, Descending);
+    restore();
     if (!DataSet->Locate(FieldName, current, TLocateOptions())) DataSet->First();
   } catch (...) {
+    // The sort's own error is the one to report.
+    try {
+      restore();
+    } catch (const Exception&) {
+    }
     DataSet->EnableControls();
     throw;
   }

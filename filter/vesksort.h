@@ -24,8 +24,11 @@ class TWinControl;
 //   dataset is reopened to show the rows again; with a transaction already
 //   open the sort is refused with EDatabaseError before anything changes;
 // - any other dataset is refused with EDatabaseError.
-// A dataset that publishes a boolean "VeskMode" (the kit's virtual table
-// among them) has it off while the records are written, and back after.
+// Records that a filter hides on an in-memory dataset are sorted and
+// written back with the rest. A dataset that publishes the booleans
+// "VeskMode" or "XTTShowSummary" (the kit's virtual table among them) has
+// them off while the records are written, and back after, so that the
+// guard asks nothing and the summaries are computed once.
 void VeskSort(TDataSet* DataSet, const String& FieldName, bool Descending);
 
 // The same for the dataset of a data grid (TCustomDBGrid); nothing without

@@ -17,6 +17,9 @@ TEST(VeskCmpPrep, LowersAndSqueezesSeparators) {
             u"\u043F\u0440\u0438\u0432\u0435\u0442 \u043C\u0438\u0440 \u0451\u043B\u043A\u0430");
   // Letters outside the alphabet separate words.
   EXPECT_EQ(VeskCmpPrep(u"caf\u00E9au lait"), u"caf au lait");
+  // Lower case comes first: the Kelvin sign and the dotted capital I lower
+  // into the alphabet and are kept.
+  EXPECT_EQ(VeskCmpPrep(u"5\u212A \u0130D"), u"5k id");
   EXPECT_EQ(VeskCmpPrep(u" ,.;"), u"");
   EXPECT_EQ(VeskCmpPrep(u""), u"");
 }
