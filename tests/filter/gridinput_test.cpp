@@ -79,6 +79,29 @@ class GridInputTest : public KitDbTest {
   TField* name_ = nullptr;
 };
 
+TEST_F(GridInputTest, TheFormOffersTheCodeOnlyForAColumnFedByAKeyField) {
+  EXPECT_EQ(GridInputCodeField(name_), q_->FieldByName(u"GOODS_ID"));
+  EXPECT_EQ(GridInputCodeField(q_->FieldByName(u"NOTE")), nullptr);
+  EXPECT_EQ(GridInputCodeField(nullptr), nullptr);
+  for (TField* field : {name_, q_->FieldByName(u"NOTE")}) {
+    TGridInputRequest request;
+    request.Field = field;
+    request.Caption = u"Search";
+    request.Text = u"old";
+    request.Partial = false;
+    TGridInputForm form(nullptr, request);
+    EXPECT_EQ(form.Caption(), u"Search");
+    EXPECT_EQ(form.Value->Text(), u"old");
+    EXPECT_EQ(form.rgMatch->ItemIndex(), TGridInputForm::miWhole);
+    EXPECT_FALSE(form.cbCaseSen->Visible());
+    form.rgColumn->SetItemIndex(TGridInputForm::ccCode);
+    form.Value->SetText(u"new");
+    form.ReadAnswer(request);
+    EXPECT_EQ(request.Text, u"new");
+    EXPECT_EQ(request.ByCode, field == name_) << field->FieldName().ToUtf8();
+  }
+}
+
 TEST_F(GridInputTest, AListFilterWithoutValueAsksTheFormAndFiltersByItsAnswer) {
   TField* note = q_->FieldByName(u"NOTE");
   ui_.ExpectForm(u"TGridInputForm", [](TCustomForm& f) {
