@@ -32,8 +32,8 @@ bool AskGridInput(TField* selected, String& text, bool& partial, bool& byCode) {
 
 // The grid's search dialogue: sets the value, the match and the field.
 // False when cancelled.
-bool RunGridDialog(const TVeskSearchHooks& hooks, TComponent* grid, TDataSet* ds, TVeskSearchState& state,
-                   TField*& field, TVeskLocateOption& options) {
+bool RunGridDialog(const TVeskSearchHooks& hooks, TComponent* grid, TVeskSearchState& state, TField*& field,
+                   TVeskLocateOption& options) {
   auto* dbGrid = dynamic_cast<TCustomDBGrid*>(grid);
   TField* selected = dbGrid && dbGrid->SelectedField() ? dbGrid->SelectedField() : field;
   String text = state.LastValue;
@@ -44,7 +44,9 @@ bool RunGridDialog(const TVeskSearchHooks& hooks, TComponent* grid, TDataSet* ds
   state.LastValue = text;
   if (partial) options << vloPartialKey;
   else options >> vloPartialKey;
-  if (selected) field = byCode && !selected->KeyFields().IsEmpty() ? ds->FieldByName(selected->KeyFields()) : selected;
+  // A code the dataset does not have leaves the selected field.
+  TField* code = byCode ? GridInputCodeField(selected) : nullptr;
+  if (selected) field = code ? code : selected;
   return true;
 }
 
@@ -80,7 +82,7 @@ bool VeskSearchLocate(TDataSet* DataSet, TVeskSearchState& State, const TVeskSea
 
   bool asked = false;
   if (Grid) {
-    if (!RunGridDialog(Hooks, Grid, DataSet, State, Field, options)) return true;
+    if (!RunGridDialog(Hooks, Grid, State, Field, options)) return true;
     asked = true;
   }
   if (!Field) {

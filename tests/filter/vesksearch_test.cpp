@@ -131,6 +131,27 @@ TEST_F(SearchLocate, CalculatedFieldsGoToTheApplicationOrTheFieldReadingSearch) 
   EXPECT_EQ(state_.MissValue, u"Cake");
 }
 
+TEST_F(SearchLocate, TheCodeChoiceSearchesTheKeyFieldTheDatasetHas) {
+  TWinControl grid(nullptr);
+  String answer = u"3";
+  hooks_.GridDialog = [&](TComponent*, TField*, String& text, bool& partial, bool& byCode) {
+    text = answer;
+    partial = false;
+    byCode = true;
+    return true;
+  };
+  Name()->SetKeyFields(u"ID");
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 0, &grid));
+  EXPECT_EQ(Id(), 3);
+  EXPECT_EQ(state_.LastField, u"ID");
+  // A key the dataset lacks leaves the selected field.
+  Name()->SetKeyFields(u"GONE");
+  answer = u"Cheese";
+  EXPECT_TRUE(VeskSearchLocate(table_.get(), state_, hooks_, Name(), String(), 0, &grid));
+  EXPECT_EQ(Id(), 5);
+  EXPECT_EQ(state_.LastField, u"NAME");
+}
+
 TEST_F(SearchLocate, LookupFieldsRefuseWhileLookupsFilter) {
   hooks_.LookupFilterCount = 1;
   TField* name = Name();
