@@ -35,6 +35,15 @@ TDbStatus Atomically(sqlite3* db, bool ownTransaction, Body body) {
   return status;
 }
 
+// Text in a date column: the stored form, or a literal written in the
+// session's format; 0 when it is neither.
+double TextToDays(std::string_view text) {
+  double days = 0;
+  if (StoredDateToDays(text, days)) return days;
+  TCivilTime t;
+  return ParseOraDate(text, std::string_view(), t) == 0 ? CivilToDays(t) : 0;
+}
+
 String UpperLabel(const char* name) { return UpperCase(String::FromUtf8(name ? name : "")); }
 
 }  // namespace
@@ -309,13 +318,8 @@ TDbKind TSQLiteStatement::Kind(int column) const {
 
 double TSQLiteStatement::AsFloat(int column) const {
   if (!OnRow(column)) return 0;
-  if (dates_[static_cast<size_t>(column)] && sqlite3_column_type(cursor_, column) == SQLITE_TEXT) {
-    double days = 0;
-    if (StoredDateToDays(AsUtf8(column), days)) return days;
-    // Text written by a literal in the session's format still reads as a date.
-    TCivilTime t;
-    return ParseOraDate(AsUtf8(column), std::string_view(), t) == 0 ? CivilToDays(t) : 0;
-  }
+  if (dates_[static_cast<size_t>(column)] && sqlite3_column_type(cursor_, column) == SQLITE_TEXT)
+    return TextToDays(AsUtf8(column));
   return sqlite3_column_double(cursor_, column);
 }
 
@@ -335,4 +339,45 @@ std::string_view TSQLiteStatement::AsBytes(int column) const {
   if (!OnRow(column)) return {};
   const char* bytes = static_cast<const char*>(sqlite3_column_blob(cursor_, column));
   return bytes ? std::string_view(bytes, static_cast<size_t>(sqlite3_column_bytes(cursor_, column))) : std::string_view();
+}
+
+TDbStatus TSQLiteStatement::FetchBlock(TDbBlock& block, int maxRows) {
+  const int columns = ColumnCount();
+  block.Reset(columns);
+  while (block.Rows < maxRows) {
+    bool row = false;
+    TDbStatus status = Fetch(row);
+    if (!status) return status;
+    if (!row) break;
+    for (int c = 0; c < columns; ++c) ReadCell(c, block.Columns[static_cast<size_t>(c)]);
+    ++block.Rows;
+  }
+  return TDbStatus::Ok();
+}
+
+// The same values as Kind and the As... readers, through one
+// sqlite3_column_value call per value instead of two or three sqlite3_column_*
+// calls. That value is "unprotected" in SQLite's terms, which matters only to
+// a handle shared between threads; the session's handle is opened for one
+// thread at a time (SQLITE_OPEN_NOMUTEX) in any case.
+void TSQLiteStatement::ReadCell(int column, TDbColumnCells& cells) const {
+  sqlite3_value* v = sqlite3_column_value(cursor_, column);
+  switch (sqlite3_value_type(v)) {
+    case SQLITE_INTEGER:
+      return cells.AddInteger(sqlite3_value_int64(v));
+    case SQLITE_FLOAT:
+      return cells.AddFloat(dkFloat, sqlite3_value_double(v));
+    case SQLITE_TEXT: {
+      const char* text = reinterpret_cast<const char*>(sqlite3_value_text(v));
+      const std::string_view view(text ? text : "", static_cast<size_t>(sqlite3_value_bytes(v)));
+      if (dates_[static_cast<size_t>(column)]) return cells.AddFloat(dkDate, TextToDays(view));
+      return cells.AddBytes(dkText, view);
+    }
+    case SQLITE_BLOB: {
+      const char* bytes = static_cast<const char*>(sqlite3_value_blob(v));
+      return cells.AddBytes(dkBlob, std::string_view(bytes ? bytes : "", static_cast<size_t>(sqlite3_value_bytes(v))));
+    }
+    default:
+      return cells.AddNull();
+  }
 }

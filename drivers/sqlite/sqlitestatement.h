@@ -2,7 +2,8 @@
 // sqlite3_stmt per step, the bound values by parameter, and the cursor of a
 // query. Fetch and the As... readers go straight to sqlite3_step and
 // sqlite3_column_*: no allocation per row; dates are read from their stored
-// text only when asked.
+// text only when asked. FetchBlock reads each value with a single call into
+// the engine.
 #pragma once
 
 #include <cstdint>
@@ -43,6 +44,7 @@ class TSQLiteStatement final : public TDbStatement {
   double AsFloat(int column) const override;
   std::string_view AsUtf8(int column) const override;
   std::string_view AsBytes(int column) const override;
+  TDbStatus FetchBlock(TDbBlock& block, int maxRows) override;
 
  private:
   enum TCursorState : uint8_t { csClosed, csAhead, csOnRow, csEnd };
@@ -57,6 +59,7 @@ class TSQLiteStatement final : public TDbStatement {
   TDbStatus OpenCursor();
   void Describe(bool haveRow);
   String Label(int column) const;
+  void ReadCell(int column, TDbColumnCells& cells) const;
 
   TSQLiteConnection* connection_;
   std::shared_ptr<const TShimProgram> program_;

@@ -22,6 +22,47 @@ TDbStatus TDbConnection::ExecuteDirect(const String& sql) {
   return status;
 }
 
+void TDbColumnCells::AddBytes(TDbKind kind, std::string_view v) {
+  TDbCell& cell = Cells.emplace_back();
+  cell.Kind = kind;
+  cell.Offset = Bytes.size();
+  cell.Length = static_cast<uint32_t>(v.size());
+  Bytes.append(v);
+}
+
+void TDbBlock::Reset(int columns) {
+  Rows = 0;
+  Columns.resize(static_cast<size_t>(columns));
+  for (TDbColumnCells& c : Columns) {
+    c.Cells.clear();
+    c.Bytes.clear();
+  }
+}
+
+TDbStatus TDbStatement::FetchBlock(TDbBlock& block, int maxRows) {
+  const int columns = ColumnCount();
+  block.Reset(columns);
+  while (block.Rows < maxRows) {
+    bool row = false;
+    TDbStatus status = Fetch(row);
+    if (!status) return status;
+    if (!row) break;
+    for (int c = 0; c < columns; ++c) {
+      TDbColumnCells& cells = block.Columns[static_cast<size_t>(c)];
+      switch (const TDbKind kind = Kind(c)) {
+        case dkNull: cells.AddNull(); break;
+        case dkInteger: cells.AddInteger(AsInteger(c)); break;
+        case dkFloat:
+        case dkDate: cells.AddFloat(kind, AsFloat(c)); break;
+        case dkText: cells.AddBytes(kind, AsUtf8(c)); break;
+        case dkBlob: cells.AddBytes(kind, AsBytes(c)); break;
+      }
+    }
+    ++block.Rows;
+  }
+  return TDbStatus::Ok();
+}
+
 namespace {
 std::map<String, TDbDriverFactory>& Drivers() {
   static std::map<String, TDbDriverFactory> drivers;

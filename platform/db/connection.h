@@ -17,6 +17,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/rtl/ustring.h"
 
@@ -77,6 +78,51 @@ struct TDbColumn {
   String OriginName;  // source column, when the engine knows it
 };
 
+// ---- Blocks of rows --------------------------------------------------------
+
+// Rows fetched together and laid out column by column, so that a reader
+// makes one call per block rather than several per value and then copies
+// each column in a tight loop. A block is reused from call to call.
+struct TDbCell {
+  TDbKind Kind = dkNull;
+  uint32_t Length = 0;  // dkText, dkBlob: bytes in the column's Bytes
+  union {
+    int64_t Int;        // dkInteger
+    double Float;       // dkFloat, dkDate (TDateTime days)
+    uint64_t Offset;    // dkText, dkBlob: where the bytes start
+  };
+  TDbCell() : Int(0) {}
+};
+
+struct TDbColumnCells {
+  std::vector<TDbCell> Cells;  // one per row of the block
+  std::string Bytes;           // text (UTF-8) and blob bytes of the cells
+
+  std::string_view View(const TDbCell& cell) const { return std::string_view(Bytes).substr(cell.Offset, cell.Length); }
+  void AddNull() { Cells.emplace_back(); }
+  void AddInteger(int64_t v) {
+    TDbCell& cell = Cells.emplace_back();
+    cell.Kind = dkInteger;
+    cell.Int = v;
+  }
+  // dkFloat or dkDate.
+  void AddFloat(TDbKind kind, double v) {
+    TDbCell& cell = Cells.emplace_back();
+    cell.Kind = kind;
+    cell.Float = v;
+  }
+  // dkText or dkBlob.
+  void AddBytes(TDbKind kind, std::string_view v);
+};
+
+struct TDbBlock {
+  int Rows = 0;
+  std::vector<TDbColumnCells> Columns;
+
+  // Empties the block for `columns` columns, keeping its memory.
+  void Reset(int columns);
+};
+
 // ---- Statements ------------------------------------------------------------
 
 class TDbStatement {
@@ -110,6 +156,13 @@ class TDbStatement {
   virtual double AsFloat(int column) const = 0;  // dates as TDateTime days
   virtual std::string_view AsUtf8(int column) const = 0;
   virtual std::string_view AsBytes(int column) const = 0;
+
+  // Moves through up to `maxRows` rows, as many Fetch calls would, and
+  // puts their values into `block`. Fewer rows than asked means the end
+  // was reached. The values are those the row readers give: Kind, then
+  // AsInteger, AsFloat, AsUtf8 or AsBytes. The default goes through the
+  // row readers; a driver overrides it to save the calls per value.
+  virtual TDbStatus FetchBlock(TDbBlock& block, int maxRows);
 };
 
 // ---- Connections -----------------------------------------------------------

@@ -343,6 +343,53 @@ void TCustomDADataSet::CopyColumn(TRecordStore& store, RowId row, int column, co
 
 // ---- Open, fetch, close --------------------------------------------------------------
 
+namespace {
+
+// One column of a fetched block into fresh store rows from `first` on. The
+// kind the store column holds is looked at once; the values that already
+// have it go straight in, the rest through the conversions.
+void StoreColumn(TRecordStore& store, RowId first, int column, const TDbColumnCells& cells) {
+  auto convert = [&](RowId row, const TDbCell& cell) {
+    switch (cell.Kind) {
+      case dkNull: return;
+      case dkInteger: return StoreValue(store, row, column, cell.Kind, cell.Int, 0, {});
+      case dkFloat:
+      case dkDate: return StoreValue(store, row, column, cell.Kind, 0, cell.Float, {});
+      case dkText:
+      case dkBlob: return StoreValue(store, row, column, cell.Kind, 0, 0, cells.View(cell));
+    }
+  };
+  RowId row = first;
+  switch (store.Kind(column)) {
+    case ckInteger:
+      for (const TDbCell& cell : cells.Cells) {
+        if (cell.Kind == dkInteger) store.SetInteger(row, column, cell.Int);
+        else convert(row, cell);
+        ++row;
+      }
+      break;
+    case ckFloat:
+      for (const TDbCell& cell : cells.Cells) {
+        if (cell.Kind == dkFloat || cell.Kind == dkDate) store.SetFloat(row, column, cell.Float);
+        else convert(row, cell);
+        ++row;
+      }
+      break;
+    case ckText:
+    case ckBlob: {
+      const TRecordStore::TBytesRun run = store.AddBytesRun(column, cells.Bytes);
+      for (const TDbCell& cell : cells.Cells) {
+        if (cell.Kind == dkText || cell.Kind == dkBlob) store.SetBytesFromRun(row, column, run, cell.Offset, cell.Length);
+        else convert(row, cell);
+        ++row;
+      }
+      break;
+    }
+  }
+}
+
+}  // namespace
+
 void TCustomDADataSet::InternalOpen(bool InfoQuery) {
   if (DataSource() && DataSource()->DataSet() && DataSource()->DataSet()->Active()) MasterParamsChanged();
   String sql = GetFinalSQL();
@@ -377,34 +424,25 @@ void TCustomDADataSet::DefineFields() {
 
 int TCustomDADataSet::FetchRecords(int count) {
   int n = 0;
-  while (cursor_ && n < count) {
-    if (pendingRow_) {
-      pendingRow_ = false;
-    } else {
-      bool row = false;
-      CheckDbStatus(cursor_->Fetch(row));
-      if (!row) {
-        cursor_.reset();
-        break;
-      }
-    }
-    TRecordStore& store = Store();
+  TRecordStore& store = Store();
+  const int columns = cursor_ ? std::min(store.ColumnCount(), cursor_->ColumnCount()) : 0;
+  if (pendingRow_ && count > 0) {
+    // The row stepped to when the fields were defined.
+    pendingRow_ = false;
     RowId r = store.AddRow();
-    int columns = std::min(store.ColumnCount(), cursor_->ColumnCount());
-    for (int c = 0; c < columns; ++c) {
-      // The common cases straight into the store; conversions otherwise.
-      TDbKind kind = cursor_->Kind(c);
-      if (kind == dkNull) continue;
-      TColumnKind column = store.Kind(c);
-      if (column == ckInteger && kind == dkInteger) store.SetInteger(r, c, cursor_->AsInteger(c));
-      else if (column == ckFloat && (kind == dkFloat || kind == dkDate)) store.SetFloat(r, c, cursor_->AsFloat(c));
-      else if (column == ckText && kind == dkText) store.SetBytes(r, c, cursor_->AsUtf8(c));
-      else CopyColumn(store, r, c, *cursor_, c);
-    }
+    for (int c = 0; c < columns; ++c) CopyColumn(store, r, c, *cursor_, c);
     AddFetchedRow(r);
     ++n;
   }
-  return n;
+  if (!cursor_ || n >= count) return n;
+  CheckDbStatus(cursor_->FetchBlock(block_, count - n));
+  const int rows = block_.Rows;
+  if (rows < count - n) cursor_.reset();
+  if (rows == 0) return n;
+  const RowId first = store.AddRows(static_cast<size_t>(rows));
+  for (int c = 0; c < columns; ++c) StoreColumn(store, first, c, block_.Columns[static_cast<size_t>(c)]);
+  for (int r = 0; r < rows; ++r) AddFetchedRow(first + static_cast<RowId>(r));
+  return n + rows;
 }
 
 void TCustomDADataSet::InternalClose() {

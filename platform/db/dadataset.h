@@ -194,6 +194,7 @@ class TCustomDADataSet : public TDataSet {
   TOraSession* attached_ = nullptr;
   std::unique_ptr<TDbStatement> cursor_;
   bool pendingRow_ = false;  // the cursor stands on a row not yet stored
+  TDbBlock block_;           // reused by every fetch
   String filterSQL_;
   String keyFields_;
   int fetchRows_ = 25;

@@ -1,8 +1,12 @@
 #include "platform/db/recordstore.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "platform/rtl/exceptions.h"
 
@@ -24,39 +28,83 @@ void TRecordStore::Clear() {
   rows_ = 0;
 }
 
+namespace {
+
+constexpr size_t kHugePage = size_t{2} << 20;
+constexpr size_t kPage = 4096;
+
+size_t RoundUp(size_t bytes, size_t unit) { return (bytes + unit - 1) / unit * unit; }
+
+}  // namespace
+
+void* TRecordStore::Allocate(size_t bytes) {
+  if (bytes < kHugePage) {
+    void* memory = std::calloc(1, bytes);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+  }
+  bytes = RoundUp(bytes, kPage);
+  const size_t span = bytes + kHugePage;
+  void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (raw == MAP_FAILED) throw std::bad_alloc();
+  const uintptr_t first = reinterpret_cast<uintptr_t>(raw);
+  const uintptr_t start = RoundUp(first, kHugePage);
+  if (start > first) munmap(raw, start - first);
+  if (first + span > start + bytes) munmap(reinterpret_cast<void*>(start + bytes), first + span - start - bytes);
+  void* memory = reinterpret_cast<void*>(start);
+#ifdef MADV_HUGEPAGE
+  madvise(memory, bytes, MADV_HUGEPAGE);  // advice only: without huge pages it simply stays in small ones
+#endif
+  return memory;
+}
+
+void TRecordStore::Release(void* memory, size_t bytes) {
+  if (!memory) return;
+  if (bytes < kHugePage) return std::free(memory);
+  munmap(memory, RoundUp(bytes, kPage));
+}
+
+TRecordStore::Arena::~Arena() {
+  for (Block& b : blocks_) Release(b.data, b.size);
+}
+
 TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
   Place p;
   p.length = static_cast<uint32_t>(bytes.size());
   if (bytes.empty()) return p;
-  constexpr size_t kBlock = size_t{1} << 20;
   if (blocks_.empty() || blocks_.back().size - blocks_.back().used < bytes.size()) {
+    // Blocks grow with the column, from 16 KB up to 32 MB.
+    const size_t grown = size_t{16} << (10 + std::min<size_t>(blocks_.size(), 11));
     Block b;
-    b.size = std::max(kBlock, bytes.size());
-    b.data.reset(new char[b.size]);
-    blocks_.push_back(std::move(b));
+    b.size = std::max(grown, bytes.size());
+    blocks_.reserve(blocks_.size() + 1);
+    b.data = static_cast<char*>(Allocate(b.size));
+    blocks_.push_back(b);
   }
   Block& b = blocks_.back();
-  std::memcpy(b.data.get() + b.used, bytes.data(), bytes.size());
+  std::memcpy(b.data + b.used, bytes.data(), bytes.size());
   p.block = static_cast<uint32_t>(blocks_.size() - 1);
   p.offset = static_cast<uint32_t>(b.used);
   b.used += bytes.size();
   return p;
 }
 
-
-TRecordStore::RowId TRecordStore::AddRow() {
-  if (rows_ >= std::numeric_limits<RowId>::max()) throw EDatabaseError(u"Too many records");
-  RowId row = static_cast<RowId>(rows_++);
+TRecordStore::RowId TRecordStore::AddRows(size_t count) {
+  if (count > std::numeric_limits<RowId>::max() - rows_) throw EDatabaseError(u"Too many records");
+  const RowId first = static_cast<RowId>(rows_);
+  rows_ += count;
+  // Words of the null masks start all set: a new row is null everywhere.
+  const size_t words = (rows_ + 63) >> 6;
   for (Column& c : columns_) {
-    if ((row & 63) == 0) c.nulls.push_back(~uint64_t{0});
+    c.nulls.resize(words, ~uint64_t{0});
     switch (c.kind) {
-      case ckInteger: c.ints.push_back(0); break;
-      case ckFloat: c.floats.push_back(0); break;
+      case ckInteger: c.ints.grow(count); break;
+      case ckFloat: c.floats.grow(count); break;
       case ckText:
-      case ckBlob: c.places.push_back(Place()); break;
+      case ckBlob: c.places.grow(count); break;
     }
   }
-  return row;
+  return first;
 }
 
 void TRecordStore::SetBytes(RowId row, int column, std::string_view value) {
@@ -65,6 +113,19 @@ void TRecordStore::SetBytes(RowId row, int column, std::string_view value) {
   // The same bytes again (a Cancel restoring an unchanged text) need no room.
   Place& place = c.places[row];
   if (!(value.size() == place.length && c.arena.View(place) == value)) place = c.arena.Add(value);
+  MarkPresent(c, row);
+}
+
+TRecordStore::TBytesRun TRecordStore::AddBytesRun(int column, std::string_view bytes) {
+  if (bytes.size() > std::numeric_limits<uint32_t>::max()) throw EDatabaseError(u"Value too long for a field");
+  const Place p = columns_[static_cast<size_t>(column)].arena.Add(bytes);
+  return TBytesRun{p.block, p.offset, p.length};
+}
+
+void TRecordStore::SetBytesFromRun(RowId row, int column, const TBytesRun& run, size_t offset, size_t length) {
+  if (offset > run.Length || length > run.Length - offset) throw EDatabaseError(u"Value outside its run of bytes");
+  Column& c = columns_[static_cast<size_t>(column)];
+  c.places[row] = Place{run.Block, run.Offset + static_cast<uint32_t>(offset), static_cast<uint32_t>(length)};
   MarkPresent(c, row);
 }
 

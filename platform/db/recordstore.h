@@ -8,11 +8,14 @@
 // field reads it.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 enum TColumnKind : uint8_t { ckInteger, ckFloat, ckText, ckBlob };
@@ -41,7 +44,9 @@ class TRecordStore {
   size_t RowCount() const { return rows_; }
 
   // Appends a row whose cells are all null.
-  RowId AddRow();
+  RowId AddRow() { return AddRows(1); }
+  // Appends `count` such rows at once; returns the id of the first.
+  RowId AddRows(size_t count);
 
   bool IsNull(RowId row, int column) const {
     const Column& c = columns_[static_cast<size_t>(column)];
@@ -71,6 +76,14 @@ class TRecordStore {
   }
   void SetBytes(RowId row, int column, std::string_view value);
 
+  // Filling many text or blob cells of a column at once: their bytes are
+  // copied in one run, then each cell takes its part of the run.
+  struct TBytesRun {
+    uint32_t Block = 0, Offset = 0, Length = 0;
+  };
+  TBytesRun AddBytesRun(int column, std::string_view bytes);
+  void SetBytesFromRun(RowId row, int column, const TBytesRun& run, size_t offset, size_t length);
+
   TRowImage Save(RowId row) const;
   void Restore(RowId row, const TRowImage& image);
 
@@ -85,22 +98,56 @@ class TRecordStore {
 
 
  private:
-  // A vector in fixed chunks: growing never moves what is there, so a
-  // large fetch neither copies nor touches its memory twice.
+  // Memory of the columns, zeroed. Pieces of 2 MB and more are aligned so
+  // that the system may back them with huge pages: a large fetch then takes
+  // one page fault per 2 MB instead of one per 4 KB.
+  static void* Allocate(size_t bytes);
+  static void Release(void* memory, size_t bytes);
+
+  // A vector in chunks that double in size: growing never moves what is
+  // there, a small table takes little room and a large one few big chunks.
   template <class T>
   class Chunked {
+    static_assert(std::is_trivially_copyable_v<T>, "cells are plain values");
+
    public:
-    static constexpr size_t kShift = 14, kSize = size_t{1} << kShift;
-    T& operator[](size_t i) { return chunks_[i >> kShift][i & (kSize - 1)]; }
-    const T& operator[](size_t i) const { return chunks_[i >> kShift][i & (kSize - 1)]; }
-    void push_back(T v) {
-      if ((size_ & (kSize - 1)) == 0 && (size_ >> kShift) == chunks_.size()) chunks_.emplace_back(new T[kSize]);
-      (*this)[size_++] = v;
+    Chunked() = default;
+    Chunked(Chunked&& other) noexcept : chunks_(std::move(other.chunks_)), size_(other.size_) { other.size_ = 0; }
+    Chunked& operator=(Chunked&& other) noexcept {
+      std::swap(chunks_, other.chunks_);
+      std::swap(size_, other.size_);
+      return *this;
+    }
+    ~Chunked() {
+      for (size_t k = 0; k < chunks_.size(); ++k) Release(chunks_[k], ChunkBytes(k));
+    }
+
+    T& operator[](size_t i) {
+      const size_t k = ChunkOf(i);
+      return chunks_[k][i - First(k)];
+    }
+    const T& operator[](size_t i) const {
+      const size_t k = ChunkOf(i);
+      return chunks_[k][i - First(k)];
+    }
+    // Adds `count` zeroed elements.
+    void grow(size_t count) {
+      size_ += count;
+      while (First(chunks_.size()) < size_) {
+        chunks_.reserve(chunks_.size() + 1);
+        chunks_.push_back(static_cast<T*>(Allocate(ChunkBytes(chunks_.size()))));
+      }
     }
     size_t size() const { return size_; }
 
    private:
-    std::vector<std::unique_ptr<T[]>> chunks_;
+    // Chunk k holds kFirst << k elements, from First(k) on.
+    static constexpr size_t kShift = 10;
+    static size_t ChunkOf(size_t i) { return static_cast<size_t>(std::bit_width((i >> kShift) + 1)) - 1; }
+    static size_t First(size_t k) { return ((size_t{1} << k) - 1) << kShift; }
+    static size_t ChunkBytes(size_t k) { return (sizeof(T) << kShift) << k; }
+
+    std::vector<T*> chunks_;
     size_t size_ = 0;
   };
 
@@ -113,13 +160,21 @@ class TRecordStore {
   };
   class Arena {
    public:
+    Arena() = default;
+    Arena(Arena&& other) noexcept : blocks_(std::move(other.blocks_)) {}
+    Arena& operator=(Arena&& other) noexcept {
+      std::swap(blocks_, other.blocks_);
+      return *this;
+    }
+    ~Arena();
     Place Add(std::string_view bytes);
     std::string_view View(const Place& p) const {
-      return p.length == 0 ? std::string_view() : std::string_view(blocks_[p.block].data.get() + p.offset, p.length);
+      return p.length == 0 ? std::string_view() : std::string_view(blocks_[p.block].data + p.offset, p.length);
     }
+
    private:
     struct Block {
-      std::unique_ptr<char[]> data;
+      char* data = nullptr;
       size_t size = 0, used = 0;
     };
     std::vector<Block> blocks_;
