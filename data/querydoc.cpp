@@ -45,9 +45,9 @@ void WriteRefreshOptions(TDataSet* Query, const TDefinition& def) {
   SetOrdProp(Query, *info, mask);
 }
 
-void WriteSwitches(TDataSet* Query, const TDefinition& def) {
+void WriteSwitches(TDataSet* Query, const TDefinition& def, TForm form) {
   bool optionsDone = false;
-  for (int i = 0; i < kSwitchCount; ++i) {
+  for (int i : kSwitchOrder[form]) {
     if (!kSwitches[i].Option) {
       SetPropBool(Query, kSwitches[i].Property, def.Switches[i]);
     } else if (!optionsDone) {
@@ -75,7 +75,7 @@ void ApplyTo(TDataSet* Query, TDefinition& def, TForm form) {
   for (int i = 0; i < kStatementCount; ++i)
     if (TStrings* lines = StatementOf(Query, kStatements[i].Property)) lines->Assign(&def.Statements[i]);
   for (TTextPart part : kTextOrder[form]) SetPropString(Query, kTexts[part].Property, def.Texts[part]);
-  WriteSwitches(Query, def);
+  WriteSwitches(Query, def, form);
   if (XTTTSummaryCollection* summary = SummaryOf(Query)) summary->SetAsText(def.Summary);
   if (TStrings* sql = StatementOf(Query, u"SQL"); sql && Trim(sql->Text()).IsEmpty())
     sql->SetText(kQueryDocFallbackSQL);

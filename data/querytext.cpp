@@ -44,7 +44,7 @@ String WriteDocument(const TDefinition& Def, const String& DocName) {
   for (TTextPart part : kTextOrder[qfDocument])
     if (!Def.Texts[part].IsEmpty())
       text += String(kTexts[part].Key[qfDocument]) + u"=" + OneLine(Def.Texts[part]) + u"\n";
-  for (int i = 0; i < kSwitchCount; ++i)
+  for (int i : kSwitchOrder[qfDocument])
     if (Def.Switches[i]) text += String(kSwitches[i].Key[qfDocument]) + u"=1\n";
   text += u"\n";
   if (!Def.Summary.IsEmpty()) text += SectionHead(DocName, kSummarySection) + Def.Summary + u"\n";
@@ -73,7 +73,7 @@ void WriteList(TDefinition& Def, TStrings* List) {
   for (int i = 0; i < kStatementCount; ++i) SetParamSQL(List, &Def.Statements[i], kStatements[i].Key[qfList]);
   for (TTextPart part : kTextOrder[qfList])
     if (!Def.Texts[part].IsEmpty()) List->SetValues(kTexts[part].Key[qfList], OneLine(Def.Texts[part]));
-  for (int i = 0; i < kSwitchCount; ++i)
+  for (int i : kSwitchOrder[qfList])
     if (Def.Switches[i]) List->SetValues(kSwitches[i].Key[qfList], u"1");
   SetParamSQLText(List, kSummaryKey, Def.Summary);
 }

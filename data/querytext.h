@@ -63,7 +63,7 @@ struct TSwitchKey {
 
 inline constexpr const char16_t* kRefreshOptions = u"RefreshOptions";
 
-// In the order of writing and applying.
+// In the document's order of writing and applying.
 inline constexpr TSwitchKey kSwitches[] = {
     {{u"VeskMode", u"SQ.SMode"}, u"VeskMode"},
     {{u"ObjectView", u"SQ.ObjV"}, u"ObjectView"},
@@ -81,6 +81,13 @@ inline constexpr TSwitchKey kSwitches[] = {
     {{u"ShowDBMSOutput", u"SQ.SDO"}, u"ShowDBMSOutput"},
 };
 inline constexpr int kSwitchCount = 14;
+
+// The order in which each form writes and applies its switches: the list
+// takes XTTShowSummary last.
+inline constexpr int kSwitchOrder[2][kSwitchCount] = {
+    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13},
+    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 10},
+};
 
 static_assert(std::size(kStatements) == kStatementCount && std::size(kSwitches) == kSwitchCount);
 

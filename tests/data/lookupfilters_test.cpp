@@ -7,6 +7,7 @@
 
 #include "data/lookupfilters.h"
 #include "data/veskodacquerylib.h"
+#include "data/veskvirt.h"
 #include "tests/support/kitfixture.h"
 
 namespace {
@@ -428,6 +429,44 @@ TEST_F(LookupFilterTest, ALookupDatasetWithALocateEventFindsTheRowsItself) {
   // The event has the last word over the lookup's rows: one that finds
   // nothing rejects every record.
   goods_->OnVESKLocateEvent = [](const String&, const Variant&, int) { return false; };
+  q_->SetFiltered(false);
+  q_->SetFiltered(true);
+  EXPECT_EQ(Ids(), V{});
+}
+
+TEST_F(LookupFilterTest, ALocateEventMayRequeryTheLookupDatasetMidFilter) {
+  // As a single-row reference table does: the event reopens the lookup
+  // dataset on the one row sought, while the orders are being filtered.
+  goods_->OnVESKLocateEvent = [&](const String& keys, const Variant& values, int) {
+    goods_->Close();
+    goods_->SetFilterSQL(keys + u" = " + VarToStr(values));
+    goods_->Open();
+    return goods_->RecordCount() == 1;
+  };
+  FilterBy(&TVeskODACQuery::addLF, name_, u"B", 1, true);
+  EXPECT_EQ(Ids(), (V{30, 40}));
+  // The orders' own lookup field reads whatever row is left open.
+  goods_->OnVESKLocateEvent = nullptr;
+  goods_->SetFilterSQL(String());
+  q_->SetFiltered(false);
+  q_->SetFiltered(true);
+  EXPECT_EQ(Ids(), (V{30, 40}));
+}
+
+TEST_F(LookupFilterTest, AnInMemoryLookupWithALocateEvent) {
+  auto* virt = new TVeskVirt(owner_.get());
+  virt->LoadFromDataSet(goods_);
+  virt->OnVESKLocateEvent = [&](const String& keys, const Variant& values, int) {
+    return LocateLKCALC(virt, keys, values, TLocateOptions(), false);
+  };
+  name_->SetLookupDataSet(virt);
+  q_->Close();
+  q_->Open();
+  FilterBy(&TVeskODACQuery::addLF, name_, u"apricot", 0, false);
+  EXPECT_EQ(Ids(), (V{20}));
+  EXPECT_EQ(q_->FieldByName(u"GOODS_NAME")->AsString(), u"Apricot");
+  delete virt;
+  EXPECT_EQ(name_->LookupDataSet(), nullptr);
   q_->SetFiltered(false);
   q_->SetFiltered(true);
   EXPECT_EQ(Ids(), V{});
