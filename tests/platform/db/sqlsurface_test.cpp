@@ -2,6 +2,7 @@
 // the statement lists, re-reading records, and the clear failures.
 #include <gtest/gtest.h>
 
+#include "platform/db/datasource.h"
 #include "tests/support/dbfixture.h"
 
 namespace {
@@ -188,6 +189,55 @@ TEST_F(SqlSurfaceTest, BadNamesAndValuesFailClearly) {
     EXPECT_EQ(e.ErrorCode, 1722);
   }
   EXPECT_FALSE(q->Active());
+}
+
+// What copying a value from the record before does: a link reads the
+// previous record while the current one is edited, and a calculation that
+// fails there leaves the edit and the position as they were.
+TEST_F(SqlSurfaceTest, ALinkReadsTheRecordBeforeAnEditedOneAndComesBack) {
+  TOraQuery* q = Query(u"SELECT id, title FROM docs ORDER BY id");
+  auto add = [q](TField* f, const String& name, TFieldKind kind) {
+    f->SetFieldName(name);
+    f->SetFieldKind(kind);
+    f->SetDataSet(q);
+  };
+  add(new TIntegerField(q), u"ID", fkData);
+  add(new TStringField(q), u"TITLE", fkData);
+  add(new TStringField(q), u"CLC", fkCalculated);
+  TField* title = q->FieldByName(u"TITLE");
+  TField* calc = q->FieldByName(u"CLC");
+  bool armed = false;
+  q->OnCalcFields = [&armed](TDataSet* ds) {
+    const String name = ds->FieldByName(u"TITLE")->AsString();
+    if (armed && name == u"doc 1") throw Exception(u"cannot calculate");
+    ds->FieldByName(u"CLC")->SetAsString(name + u"!");
+  };
+  q->Open();
+  ASSERT_TRUE(q->Locate(u"ID", 2, TLocateOptions()));
+  q->Edit();
+  title->SetAsString(u"edited");
+  TDataSource source(nullptr);
+  source.SetDataSet(q);
+  TDataLink link;
+  link.SetBufferCount(2);
+  link.SetDataSource(&source);
+  ASSERT_EQ(link.ActiveRecord(), 1);
+  link.SetActiveRecord(0);
+  EXPECT_EQ(title->AsString(), u"doc 1");
+  EXPECT_EQ(calc->AsString(), u"doc 1!");
+  armed = true;
+  link.SetActiveRecord(1);
+  EXPECT_EQ(calc->AsString(), u"edited!");
+  link.SetActiveRecord(0);
+  EXPECT_THROW(calc->Value(), Exception);
+  link.SetActiveRecord(1);
+  EXPECT_EQ(q->State(), dsEdit);
+  EXPECT_EQ(title->AsString(), u"edited");
+  EXPECT_EQ(calc->AsString(), u"edited!");
+  link.SetDataSource(nullptr);
+  q->Cancel();
+  EXPECT_EQ(title->AsString(), u"doc 2");
+  EXPECT_EQ(calc->AsString(), u"doc 2!");
 }
 
 }  // namespace
