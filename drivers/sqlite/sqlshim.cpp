@@ -405,7 +405,7 @@ class TTranslator {
   static bool EndsOperand(const TToken& t) {
     static constexpr std::string_view kWords[] = {
         "SELECT", "DISTINCT", "ALL",   "FROM",   "WHERE",    "AND",       "OR",     "NOT",       "ON",
-        "AS",     "CASE",     "WHEN",  "THEN",   "ELSE",     "END",       "BETWEEN", "IN",       "LIKE",
+        "AS",     "WHEN",     "THEN",  "ELSE",   "BETWEEN",  "IN",        "LIKE",
         "ESCAPE", "IS",       "GROUP", "ORDER",  "BY",       "HAVING",    "UNION",  "INTERSECT", "EXCEPT",
         "MINUS",  "SET",      "VALUES", "INTO",  "RETURNING", "RETURN",   "ASC",    "DESC",      "NULLS",
         "JOIN",   "LEFT",     "RIGHT", "INNER",  "OUTER",    "CROSS",     "FULL",   "USING",     "WITH",
@@ -457,10 +457,11 @@ class TTranslator {
     };
     for (size_t i = b; i < e; ++i) {
       const TToken& t = t_[i];
-      if (IsSymbol(t, "(")) {
+      // CASE ... END is one operand, nested as parentheses are.
+      if (IsSymbol(t, "(") || IsKeyword(t, "CASE")) {
         open.back().AfterOperand = false;
         open.push_back(TChain{i + 1, {}});
-      } else if (IsSymbol(t, ")")) {
+      } else if (IsSymbol(t, ")") || IsKeyword(t, "END")) {
         close(open.back(), i);
         if (open.size() > 1) open.pop_back();
         open.back().AfterOperand = true;

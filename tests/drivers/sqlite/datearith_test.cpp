@@ -26,6 +26,9 @@ TEST_F(DateArithTest, DaysAddToAndSubtractFromDates) {
             (TRows{{"2024-03-06 10:00:00"}, {"2025-12-30 00:00:00"}, {"<null>"}}));
   // Left to right: (date - 1) + 3.
   EXPECT_EQ(Value(u"SELECT doc_date - 1 + 3 FROM docs WHERE id = 2"), "2026-01-02 00:00:00");
+  // A CASE that gives a date is a date operand as a whole.
+  EXPECT_EQ(Value(u"SELECT CASE WHEN id = 1 THEN doc_date ELSE due END + 1 FROM docs WHERE id = 1"),
+            "2024-02-29 10:00:00");
   // A bound date parameter is a date as well.
   EXPECT_EQ(Value(u"SELECT :D + 1 FROM dual", {{u"D", TDbValue::Date(45000.5)}}), "2023-03-16 12:00:00");
 }
