@@ -335,8 +335,15 @@ class TVeskBody : public Base, public TVeskFilterHost, public TVeskStateHost {
   // Lines "key=value" of single-row lookups (at most 1000 are kept).
   const TStringList* LookupCache() const requires Traits::SessionGroup { return &lookupCache_; }
 
+  // Object columns as whole objects rather than split into fields; kept
+  // with the Oracle members and carried by query documents.
+  bool ObjectView() const requires kOra { return objectView_; }
+  void SetObjectView(bool Value) requires kOra { objectView_ = Value; }
+
   // ---- Locate and Lookup ----
-  // Replace Locate and Lookup altogether when assigned.
+  // Replace Locate and Lookup altogether when assigned. Inside its own
+  // handler, Locate (or Lookup) is the ordinary one, so that a handler may
+  // leave the search to the dataset.
   TVESKLocateEvent OnVESKLocateEvent;
   TVESKLookupEvent OnVESKLookupEvent;
   bool Locate(const String& KeyFields, const Variant& KeyValues, TLocateOptions Options) override;
@@ -460,6 +467,12 @@ class TVeskBody : public Base, public TVeskFilterHost, public TVeskStateHost {
   TStringList singleRowKeys_;  // the key names of the single row
   Variant singleRowValues_;
   TStringList lookupCache_;
+
+  // Set while OnVESKLocateEvent or OnVESKLookupEvent runs.
+  bool inLocateEvent_ = false;
+  bool inLookupEvent_ = false;
+  // Stored for the documents that carry it; object fields are not split.
+  bool objectView_ = false;
 };
 
 // Publishes the body's properties of the member's groups; called from each

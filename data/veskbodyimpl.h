@@ -667,6 +667,18 @@ void TVeskBody<B, T>::PrepareXSingleRowQuery(const String& KeyFields, const Vari
 // ---- Locate, Lookup, aggregates -------------------------------------------------------------
 
 namespace vesk_detail {
+// Sets a flag for the life of a scope, exceptions included.
+class TFlagGuard {
+ public:
+  explicit TFlagGuard(bool& Flag) : flag_(Flag) { flag_ = true; }
+  ~TFlagGuard() { flag_ = false; }
+  TFlagGuard(const TFlagGuard&) = delete;
+  TFlagGuard& operator=(const TFlagGuard&) = delete;
+
+ private:
+  bool& flag_;
+};
+
 // A key or result value as the single-row cache writes it.
 inline String CacheText(const Variant& Value) {
   if (!VarIsArray(Value)) return VarToStr(Value);
@@ -681,7 +693,10 @@ template <class B, class T>
 bool TVeskBody<B, T>::Locate(const String& KeyFields, const Variant& KeyValues, TLocateOptions Options) {
   if constexpr (T::LocateLookup) {
     if (CurrentRecordCount() == 0) return false;
-    if (OnVESKLocateEvent) return OnVESKLocateEvent(KeyFields, KeyValues, VeskLocateOptionsCode(Options));
+    if (OnVESKLocateEvent && !inLocateEvent_) {
+      vesk_detail::TFlagGuard inside(inLocateEvent_);
+      return OnVESKLocateEvent(KeyFields, KeyValues, VeskLocateOptionsCode(Options));
+    }
     if constexpr (T::SessionGroup) {
       if (singleRow_) {
         PrepareXSingleRowQuery(KeyFields, KeyValues);
@@ -695,7 +710,10 @@ bool TVeskBody<B, T>::Locate(const String& KeyFields, const Variant& KeyValues, 
 template <class B, class T>
 Variant TVeskBody<B, T>::Lookup(const String& KeyFields, const Variant& KeyValues, const String& ResultFields) {
   if constexpr (T::LocateLookup) {
-    if (OnVESKLookupEvent) return OnVESKLookupEvent(KeyFields, KeyValues, ResultFields);
+    if (OnVESKLookupEvent && !inLookupEvent_) {
+      vesk_detail::TFlagGuard inside(inLookupEvent_);
+      return OnVESKLookupEvent(KeyFields, KeyValues, ResultFields);
+    }
     if constexpr (T::SessionGroup) {
       if (singleRow_) {
         if (VarIsNull(KeyValues) || VarIsEmpty(KeyValues)) return Null();
@@ -1068,6 +1086,7 @@ void PublishVeskBody(TPublisher<C>& r) {
   r.Prop(u"XTTShowSummary", &C::XTTShowSummary, &C::SetXTTShowSummary).Default = 0;
   r.Prop(u"XTTSummary", &C::XTTSummary, &C::SetXTTSummary);
   r.Prop(u"OnXTTChangeSum", &C::OnXTTChangeSum);
+  if constexpr (C::kOra) r.Prop(u"ObjectView", &C::ObjectView, &C::SetObjectView).Default = 0;
   r.Command(u"SearchCmdFirst", &C::SetSearchCmdFirst);
   r.Command(u"SearchCmdNext", &C::SetSearchCmdNext);
   r.Command(u"DefValCmdSet", &C::SetDefValCmdSet);

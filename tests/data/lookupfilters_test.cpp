@@ -434,6 +434,26 @@ TEST_F(LookupFilterTest, ALookupDatasetWithALocateEventFindsTheRowsItself) {
   EXPECT_EQ(Ids(), V{});
 }
 
+TEST_F(LookupFilterTest, ALocateEventMayAnswerWithTheDatasetsOwnLocate) {
+  // The handler looks at the request and leaves the search to the dataset:
+  // inside the handler Locate is the ordinary one.
+  std::vector<String> asked;
+  goods_->OnVESKLocateEvent = [&](const String& keys, const Variant& values, int options) {
+    asked.push_back(VarToStr(values));
+    TLocateOptions o;
+    if (options % 10 == 1) o << loCaseInsensitive;
+    return goods_->Locate(keys, values, o);
+  };
+  FilterBy(&TVeskODACQuery::addLF, name_, u"BREAD", 0, false);
+  EXPECT_EQ(Ids(), (V{40}));
+  EXPECT_EQ(asked.size(), 5u);
+  // Outside the handler the event answers again.
+  asked.clear();
+  EXPECT_TRUE(goods_->Locate(u"ID", 3, TLocateOptions()));
+  EXPECT_EQ(asked, std::vector<String>{u"3"});
+  EXPECT_EQ(goods_->FieldByName(u"NAME")->AsString(), u"Butter");
+}
+
 TEST_F(LookupFilterTest, ALocateEventMayRequeryTheLookupDatasetMidFilter) {
   // As a single-row reference table does: the event reopens the lookup
   // dataset on the one row sought, while the orders are being filtered.

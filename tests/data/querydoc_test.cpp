@@ -338,6 +338,22 @@ TEST_F(QueryDocTest, ADatasetWithoutStatementsIsLeftAsItIs) {
   EXPECT_FALSE(table->Active());
 }
 
+TEST_F(QueryDocTest, ObjectViewTravelsInBothForms) {
+  auto* q = new TVeskODACQuery(owner_.get());
+  q->SetObjectView(true);
+  q->SetVeskMode(true);
+  const String doc = GetVeskQueryText(q, u"G");
+  EXPECT_GT(doc.Pos(u"[G.Props]\nVeskMode=1\nObjectView=1\n"), 0) << doc.ToUtf8();
+  EXPECT_EQ(GetPropText(q), u"SQ.SMode=1\nSQ.ObjV=1\n");
+  TVeskODACQuery* copy = NewQuery(u"qCopy");
+  SetVeskQueryText(copy, u"G", doc);
+  EXPECT_TRUE(copy->ObjectView());
+  SetPropText(copy, u"SQ.ObjV=true");
+  EXPECT_FALSE(copy->ObjectView());
+  SetPropText(copy, u"SQ.ObjV=1");
+  EXPECT_TRUE(copy->ObjectView());
+}
+
 // ---- Bad input ----------------------------------------------------------------------
 
 TEST_F(QueryDocTest, AnyTextIsReadWithoutHarm) {

@@ -47,21 +47,26 @@ const std::vector<TProp> kSession = {
     {u"VeskXsessionEnableIntegers", pkEnum}, {u"VeskXSingleRowQuery", pkBool}, {u"EnableAutoConnect", pkBool},
     {u"VeskMasterRefresh", pkBool}, {u"ShowDBMSOutput", pkBool}, {u"SkipRefreshRecord", pkBool}};
 const std::vector<TProp> kLocate = {{u"OnVESKLocateEvent", pkMethod}, {u"OnVESKLookupEvent", pkMethod}};
+const std::vector<TProp> kOracle = {{u"ObjectView", pkBool}};
 const std::vector<TProp> kSmart = {{u"SQLPrepare", pkObject}, {u"PropText", pkText},
                                    {u"EditProps", pkCommand}, {u"EditPropsCmp", pkObject},
                                    {u"EditPropsResult", pkReadOnly}, {u"VeskRepairFields", pkBool}};
 
 struct TSurface {
   const char16_t* ClassName;
-  bool Composition, Session, Locate, Smart;
+  bool Composition, Session, Locate, Smart, Oracle;
 };
 
-// The table of groups, member by member.
+// The table of groups, member by member; Oracle: an ODAC base class.
 const TSurface kSurfaces[] = {
-    {u"TVeskODACQuery", true, true, true, false},     {u"TVeskODACSmartQuery", true, true, true, true},
-    {u"TVeskODACTableQuery", true, true, true, false}, {u"TVeskODACNNTab", false, false, false, false},
-    {u"TVeskODACProc", false, false, false, false},    {u"TVeskQuery1", true, false, false, false},
-    {u"TVeskTable1", false, false, false, false},      {u"TVeskVirt", false, false, true, false},
+    {u"TVeskODACQuery", true, true, true, false, true},
+    {u"TVeskODACSmartQuery", true, true, true, true, true},
+    {u"TVeskODACTableQuery", true, true, true, false, true},
+    {u"TVeskODACNNTab", false, false, false, false, true},
+    {u"TVeskODACProc", false, false, false, false, true},
+    {u"TVeskQuery1", true, false, false, false, false},
+    {u"TVeskTable1", false, false, false, false, false},
+    {u"TVeskVirt", false, false, true, false, false},
 };
 
 // An event of the property's own type, so that the protocol takes it.
@@ -195,6 +200,7 @@ TEST(VeskFamilyTest, EveryRowOfTheTableOfGroupsHoldsByName) {
     check(kSession, s.Session);
     check(kLocate, s.Locate);
     check(kSmart, s.Smart);
+    check(kOracle, s.Oracle);
     // A "," in the key list becomes ";" on every member.
     SetPropString(m, u"VeskKeyFields", u"ID,CODE");
     EXPECT_EQ(GetPropString(m, u"VeskKeyFields"), u"ID;CODE");
@@ -205,6 +211,39 @@ TEST(VeskFamilyTest, EveryRowOfTheTableOfGroupsHoldsByName) {
       EXPECT_EQ(GetPropString(m, u"VeskFilter", u"none"), u"");
     }
   }
+}
+
+TEST_F(KitDbTest, LocateAndLookupEventsSetByNameDecideAndMayCallTheOrdinaryOnes) {
+  TVeskODACQuery* q = OpenGoods();
+  int locates = 0, lookups = 0;
+  // Each handler counts the call and hands it to the dataset, whose nested
+  // call is the ordinary search.
+  TVESKLocateEvent locate = [&](const String& keys, const Variant& values, int) {
+    ++locates;
+    return q->Locate(keys, values, TLocateOptions());
+  };
+  TVESKLookupEvent lookup = [&](const String& keys, const Variant& values, const String& result) {
+    ++lookups;
+    return Variant(u"<" + VarToStr(q->Lookup(keys, values, result)) + u">");
+  };
+  SetPropMethod(q, u"OnVESKLocateEvent", locate.ToMethod());
+  SetPropMethod(q, u"OnVESKLookupEvent", lookup.ToMethod());
+  EXPECT_TRUE(q->Locate(u"ID", 2, TLocateOptions()));
+  EXPECT_EQ(q->FieldByName(u"NAME")->AsString(), u"Apricot");
+  EXPECT_FALSE(q->Locate(u"ID", 99, TLocateOptions()));
+  EXPECT_EQ(locates, 2);
+  EXPECT_EQ(VarToStr(q->Lookup(u"ID", 3, u"NAME")), u"<Butter>");
+  EXPECT_EQ(lookups, 1);
+  // A handler that fails leaves the dataset able to use its event again.
+  TVESKLocateEvent failing = [&](const String&, const Variant&, int) -> bool {
+    ++locates;
+    throw Exception(u"no search now");
+  };
+  q->OnVESKLocateEvent = failing;
+  EXPECT_THROW(q->Locate(u"ID", 1, TLocateOptions()), Exception);
+  q->OnVESKLocateEvent = locate;
+  EXPECT_TRUE(q->Locate(u"ID", 1, TLocateOptions()));
+  EXPECT_EQ(locates, 4);
 }
 
 TEST(VeskFamilyTest, ObjectPropertiesTakeTheirObjectsByName) {
