@@ -27,7 +27,8 @@ class TActiveRecordKeeper {
     try {
       link_.SetActiveRecord(record_);
     } catch (...) {
-      // The window cannot have lost the current record; nothing to undo.
+      // The window lost its place: the fields read the current record.
+      if (TDataSet* ds = link_.DataSet()) ds->SetReadPosition(-1);
     }
   }
   TActiveRecordKeeper(const TActiveRecordKeeper&) = delete;
