@@ -508,6 +508,14 @@ void Arithmetic(sqlite3_context* c, TArgs a, bool subtract) {
   ResultShiftedDate(c, y.Seconds, x.Number.Float);
 }
 void Add(sqlite3_context* c, int, TArgs a) { Arithmetic(c, a, false); }
+// kelmar_divisor(x): x itself, unless it is zero.
+void Divisor(sqlite3_context* c, int, TArgs a) {
+  if (IsNull(a[0])) return sqlite3_result_null(c);
+  TOraNumber x;
+  if (!Number(c, a[0], x)) return;
+  if (x.IsInteger ? x.Int == 0 : x.Float == 0) return Fail(c, 1476, "divisor is equal to zero");
+  sqlite3_result_value(c, a[0]);
+}
 void Subtract(sqlite3_context* c, int, TArgs a) { Arithmetic(c, a, true); }
 
 // ---- Session ---------------------------------------------------------------
@@ -610,7 +618,7 @@ constexpr TFunctionDef kFunctions[] = {
     {"SYS_CONTEXT", 2, true, SysContext}, {"kelmar_nextval", 1, false, NextVal},
     {"kelmar_currval", 1, false, CurrVal}, {"kelmar_datelit", 2, true, DateLiteral},
     {"kelmar_coltype", 2, true, ColumnType}, {"kelmar_synonym", 2, true, SynonymPart},
-    {"kelmar_add", 2, true, Add},    {"kelmar_sub", 2, true, Subtract},
+    {"kelmar_add", 2, true, Add},    {"kelmar_sub", 2, true, Subtract}, {"kelmar_divisor", 1, true, Divisor},
 };
 
 // ---- Functions of the application -----------------------------------------

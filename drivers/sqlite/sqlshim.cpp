@@ -472,6 +472,14 @@ class TTranslator {
         close(open.back(), i);
         const bool alias = !(i == cut || EndsOperand(t));
         open.back() = TChain{alias ? i : i + 1, {}, alias};
+      } else if (IsSymbol(t, "/") && open.back().AfterOperand) {
+        // Oracle refuses a division by zero, where the engine gives NULL.
+        const size_t end = FactorEnd(i + 1, e);
+        if (end > i + 1) {
+          before_[i + 1] = "kelmar_divisor(" + before_[i + 1];
+          after_[end - 1] += ")";
+        }
+        open.back().AfterOperand = false;
       } else if ((IsSymbol(t, "+") || IsSymbol(t, "-")) && open.back().AfterOperand) {
         open.back().Ops.push_back(i);
         open.back().AfterOperand = false;
@@ -483,6 +491,31 @@ class TTranslator {
       close(open.back(), e);
       open.pop_back();
     }
+  }
+
+  // One past the operand of a product that starts at `i`: a sign, then a
+  // literal, a parameter, a [owner.]name with its call, or a group in
+  // parentheses or CASE ... END. `i` when there is none.
+  size_t FactorEnd(size_t i, size_t e) const {
+    const size_t first = i;
+    while (i < e && (IsSymbol(t_[i], "-") || IsSymbol(t_[i], "+"))) ++i;
+    if (i >= e) return first;
+    if (IsSymbol(t_[i], "(") || IsKeyword(t_[i], "CASE")) return GroupEnd(i, e);
+    if (t_[i].Kind == tkSymbol || EndsOperand(t_[i])) return first;
+    ++i;
+    while (i + 1 < e && IsSymbol(t_[i], ".") && IsName(t_[i + 1])) i += 2;
+    if (i < e && IsSymbol(t_[i], "(") && IsName(t_[i - 1])) i = GroupEnd(i, e);
+    return i;
+  }
+
+  // One past the ")" or END that closes the group opening at `i`.
+  size_t GroupEnd(size_t i, size_t e) const {
+    int depth = 0;
+    for (; i < e; ++i) {
+      if (IsSymbol(t_[i], "(") || IsKeyword(t_[i], "CASE")) ++depth;
+      if ((IsSymbol(t_[i], ")") || IsKeyword(t_[i], "END")) && --depth == 0) return i + 1;
+    }
+    return e;
   }
 
   // Whether tokens [first, end) make a whole item of the outermost select

@@ -61,6 +61,12 @@ TEST_F(DateArithTest, NumbersStillAddAsNumbers) {
   // Division is exact, as Oracle's NUMBER divides: not the engine's
   // integer division.
   EXPECT_EQ(Rows(u"SELECT 7 / 2, 1 / 4 * 2, 2 * 3 / 4, -7 / 2 FROM dual"), (TRows{{"3.5", "0.5", "1.5", "-3.5"}}));
+  EXPECT_EQ(Rows(u"SELECT 12 / -NVL(days, 1) / (days - 3), 1 / days FROM docs ORDER BY id"),
+            (TRows{{"-0.428571428571429", "0.142857142857143"}, {"-3.0", "-1.0"}, {"<null>", "<null>"}}));
+  // Oracle refuses to divide by zero, where the engine would give NULL.
+  EXPECT_EQ(ErrorOf(u"SELECT 1 / (days + 1) FROM docs WHERE id = 2"), 1476);
+  EXPECT_EQ(ErrorOf(u"SELECT 1 / 0.0 FROM dual"), 1476);
+  EXPECT_EQ(ErrorOf(u"SELECT id / CASE WHEN id > 0 THEN 0 END FROM docs"), 1476);
   EXPECT_EQ(Value(u"SELECT CASE WHEN days > 0 THEN days + 100 ELSE days - 100 END FROM docs WHERE id = 2"), "-101");
   EXPECT_EQ(Value(u"SELECT NVL(days, 0) + 1 FROM docs WHERE id = 3"), "1");
   EXPECT_EQ(Rows(u"SELECT ROW_NUMBER() OVER (ORDER BY id DESC) - 1 FROM docs ORDER BY id"),
