@@ -109,6 +109,10 @@ TDbStatus TSQLiteConnection::OpenHandle(sqlite3*& db, bool session) {
   if (status && !memory_) {
     Exec(db, "PRAGMA journal_mode = WAL");  // readers and one writer at a time; fails harmlessly on read-only files
     Exec(db, "PRAGMA synchronous = NORMAL");
+    // Pages read through a mapping of the file rather than copied by a
+    // system call each: large scans spend much less in the kernel. (The
+    // known cost: an I/O error on a mapped page arrives as a signal.)
+    Exec(db, "PRAGMA mmap_size = 1073741824");
   }
   if (!status) {
     sqlite3_close_v2(db);

@@ -22,14 +22,6 @@ TDbStatus TDbConnection::ExecuteDirect(const String& sql) {
   return status;
 }
 
-void TDbColumnCells::AddBytes(TDbKind kind, std::string_view v) {
-  TDbCell& cell = Cells.emplace_back();
-  cell.Kind = kind;
-  cell.Offset = Bytes.size();
-  cell.Length = static_cast<uint32_t>(v.size());
-  Bytes.append(v);
-}
-
 void TDbBlock::Reset(int columns) {
   Rows = 0;
   Columns.resize(static_cast<size_t>(columns));

@@ -112,7 +112,13 @@ struct TDbColumnCells {
     cell.Float = v;
   }
   // dkText or dkBlob.
-  void AddBytes(TDbKind kind, std::string_view v);
+  void AddBytes(TDbKind kind, std::string_view v) {
+    TDbCell& cell = Cells.emplace_back();
+    cell.Kind = kind;
+    cell.Offset = Bytes.size();
+    cell.Length = static_cast<uint32_t>(v.size());
+    Bytes.append(v);
+  }
 };
 
 struct TDbBlock {

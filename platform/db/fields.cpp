@@ -32,11 +32,16 @@ std::string TextToBytes(const String& text) {
 // UTF-8 to String with a quick path for ASCII, the common case of
 // fetched text.
 String Utf8ToText(std::string_view bytes) {
-  unsigned char high = 0;
-  for (char c : bytes) high |= static_cast<unsigned char>(c);
-  if (high >= 0x80) return String::FromUtf8(bytes);
+  // Widened and checked in the same pass.
   std::u16string s(bytes.size(), u'\0');
-  for (size_t i = 0; i < bytes.size(); ++i) s[i] = static_cast<unsigned char>(bytes[i]);
+  const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
+  char16_t* out = s.data();
+  unsigned char high = 0;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    high |= in[i];
+    out[i] = in[i];
+  }
+  if (high >= 0x80) return String::FromUtf8(bytes);
   return String(std::move(s));
 }
 
@@ -820,7 +825,20 @@ Variant TBlobField::GetAsVariant() const {
 
 void TBlobField::SetAsStringValue(const String& v) { WriteBytes(TextToBytes(v)); }
 
-String TBlobField::GetText(bool) const { return IsNull() ? u"(blob)" : u"(BLOB)"; }
+// "(Memo)" while empty, "(MEMO)" with content: the type, not the bytes.
+String TBlobField::GetText(bool) const {
+  String name;
+  switch (DataType()) {
+    case ftMemo: name = u"Memo"; break;
+    case ftWideMemo: name = u"WideMemo"; break;
+    case ftFmtMemo: name = u"FmtMemo"; break;
+    case ftGraphic: name = u"Graphic"; break;
+    case ftOraBlob: name = u"OraBlob"; break;
+    case ftOraClob: name = u"OraClob"; break;
+    default: name = u"Blob"; break;
+  }
+  return IsNull() ? u"(" + name + u")" : u"(" + UpperCase(name) + u")";
+}
 
 KELMAR_PUBLISH(TMemoField) {}
 TMemoField::TMemoField(TComponent* AOwner) : TMemoField(AOwner, ftMemo) {}

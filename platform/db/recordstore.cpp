@@ -122,12 +122,7 @@ TRecordStore::TBytesRun TRecordStore::AddBytesRun(int column, std::string_view b
   return TBytesRun{p.block, p.offset, p.length};
 }
 
-void TRecordStore::SetBytesFromRun(RowId row, int column, const TBytesRun& run, size_t offset, size_t length) {
-  if (offset > run.Length || length > run.Length - offset) throw EDatabaseError(u"Value outside its run of bytes");
-  Column& c = columns_[static_cast<size_t>(column)];
-  c.places[row] = Place{run.Block, run.Offset + static_cast<uint32_t>(offset), static_cast<uint32_t>(length)};
-  MarkPresent(c, row);
-}
+void TRecordStore::OutsideRun() { throw EDatabaseError(u"Value outside its run of bytes"); }
 
 TRecordStore::TRowImage TRecordStore::Save(RowId row) const {
   TRowImage image(columns_.size());

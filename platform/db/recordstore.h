@@ -82,7 +82,12 @@ class TRecordStore {
     uint32_t Block = 0, Offset = 0, Length = 0;
   };
   TBytesRun AddBytesRun(int column, std::string_view bytes);
-  void SetBytesFromRun(RowId row, int column, const TBytesRun& run, size_t offset, size_t length);
+  void SetBytesFromRun(RowId row, int column, const TBytesRun& run, size_t offset, size_t length) {
+    if (offset > run.Length || length > run.Length - offset) OutsideRun();
+    Column& c = columns_[static_cast<size_t>(column)];
+    c.places[row] = Place{run.Block, run.Offset + static_cast<uint32_t>(offset), static_cast<uint32_t>(length)};
+    MarkPresent(c, row);
+  }
 
   TRowImage Save(RowId row) const;
   void Restore(RowId row, const TRowImage& image);
@@ -188,6 +193,7 @@ class TRecordStore {
     Chunked<Place> places;
     Arena arena;
   };
+  [[noreturn]] static void OutsideRun();
   void MarkPresent(Column& c, RowId row) { c.nulls[row >> 6] &= ~(uint64_t{1} << (row & 63)); }
 
   std::vector<Column> columns_;
