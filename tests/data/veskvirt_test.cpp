@@ -256,6 +256,27 @@ TEST_F(VeskVirtTest, OtherDataFieldsFilterByTheFilterText) {
   EXPECT_EQ(Ids(), (V{10, 50}));
 }
 
+TEST_F(VeskVirtTest, ServerSwitchLeavesTheRouteOnTheClient) {
+  virt_->SetVeskSQLServer(true);
+  EXPECT_TRUE(virt_->setFilter(F(u"ID"), u"20", false, nullptr));
+  EXPECT_EQ(Ids(), (V{20}));
+  EXPECT_TRUE(ui_.Shown().empty());
+}
+
+TEST_F(VeskVirtTest, AFailingFilterBringsTheOldOneBack) {
+  virt_->SetFilter(u"ID > 10");
+  virt_->OnVeskFilterRecord = [](TDataSet*, bool&) { throw EDatabaseError(u"the record test failed"); };
+  try {
+    virt_->setFilter(F(u"NOTE"), u"lot", false, nullptr);
+    FAIL() << "the failing record test went unnoticed";
+  } catch (const Exception& e) {
+    EXPECT_EQ(e.Message, u"Invalid filter: \nthe record test failed\nRestored old filter: ID > 10");
+  }
+  EXPECT_EQ(virt_->Filter(), u"ID > 10");
+  EXPECT_FALSE(virt_->Filtered());
+  EXPECT_EQ(Ids(), (V{10, 20, 30, 40, 50}));
+}
+
 TEST_F(VeskVirtTest, LookupFieldsFilterByTheLookupList) {
   EXPECT_TRUE(virt_->setFilter(name_, u"apr", false, nullptr));
   EXPECT_EQ(Ids(), (V{20}));
