@@ -24,6 +24,7 @@ class SurfaceTest : public ::testing::Test {
     table_->AddField(u"PRICE", ftFloat);
     table_->AddField(u"DAY", ftDate);
     table_->AddField(u"DATA", ftBlob);
+    table_->AddField(u"NOTE", ftMemo);
     table_->Open();
     Add(1, u"Chișinău", u"Ana Popescu", 10.5, EncodeDate(2024, 1, 5));
     Add(2, u"Bălți", u"ana maria", 2, EncodeDate(2024, 2, 29));
@@ -206,6 +207,7 @@ TEST_F(SurfaceTest, BlobsGoToAndComeFromStreamsAndFiles) {
   table_->Post();
   EXPECT_EQ(data->BlobSize(), 12);
   EXPECT_EQ(data->AsBytes(), bytes);
+  EXPECT_EQ(data->DisplayText(), u"(BLOB)");
 
   TMemoryStream out;
   data->SaveToStream(&out);
@@ -221,6 +223,7 @@ TEST_F(SurfaceTest, BlobsGoToAndComeFromStreamsAndFiles) {
   EXPECT_EQ(std::filesystem::file_size(path), 12u);
   table_->Next();
   EXPECT_EQ(data->BlobSize(), 0);
+  EXPECT_EQ(data->DisplayText(), u"(Blob)");
   table_->Edit();
   data->LoadFromFile(String(path.string()));
   table_->Post();
@@ -228,6 +231,15 @@ TEST_F(SurfaceTest, BlobsGoToAndComeFromStreamsAndFiles) {
   EXPECT_EQ(data->AsBytes(), bytes);
   table_->First();
   EXPECT_EQ(data->AsBytes(), bytes);
+  // A memo is text; both show their type rather than their content.
+  TField* note = table_->FieldByName(u"NOTE");
+  EXPECT_EQ(note->DisplayText(), u"(Memo)");
+  table_->Edit();
+  note->SetAsString(u"rândul 1\r\nстрока 2");
+  table_->Post();
+  EXPECT_EQ(note->AsString(), u"rândul 1\r\nстрока 2");
+  EXPECT_EQ(note->DisplayText(), u"(MEMO)");
+  EXPECT_EQ(note->DataType(), ftMemo);
   // A file that is not there is a clear error and changes nothing.
   table_->Edit();
   EXPECT_THROW(data->LoadFromFile(String(path.string())), EFOpenError);
