@@ -508,11 +508,28 @@ void Arithmetic(sqlite3_context* c, TArgs a, bool subtract) {
   ResultShiftedDate(c, y.Seconds, x.Number.Float);
 }
 void Add(sqlite3_context* c, int, TArgs a) { Arithmetic(c, a, false); }
-// kelmar_divisor(x): x itself, unless it is zero.
-void Divisor(sqlite3_context* c, int, TArgs a) {
-  if (IsNull(a[0])) return sqlite3_result_null(c);
+// kelmar_num(x): x itself, when it is a number; products and signs refuse
+// dates and text that is no number.
+bool NumberOnly(sqlite3_context* c, sqlite3_value* v, TOraNumber& n) {
+  TArithOperand x;
+  if (!ArithOperand(c, v, x)) return false;
+  if (x.IsDate) {
+    Fail(c, 932, "inconsistent datatypes: expected NUMBER got DATE");
+    return false;
+  }
+  n = x.Number;
+  return true;
+}
+void NumberOperand(sqlite3_context* c, int, TArgs a) {
   TOraNumber x;
-  if (!Number(c, a[0], x)) return;
+  if (IsNull(a[0])) return sqlite3_result_null(c);
+  if (NumberOnly(c, a[0], x)) sqlite3_result_value(c, a[0]);
+}
+// kelmar_divisor(x): the same, and not zero.
+void Divisor(sqlite3_context* c, int, TArgs a) {
+  TOraNumber x;
+  if (IsNull(a[0])) return sqlite3_result_null(c);
+  if (!NumberOnly(c, a[0], x)) return;
   if (x.IsInteger ? x.Int == 0 : x.Float == 0) return Fail(c, 1476, "divisor is equal to zero");
   sqlite3_result_value(c, a[0]);
 }
@@ -619,6 +636,7 @@ constexpr TFunctionDef kFunctions[] = {
     {"kelmar_currval", 1, false, CurrVal}, {"kelmar_datelit", 2, true, DateLiteral},
     {"kelmar_coltype", 2, true, ColumnType}, {"kelmar_synonym", 2, true, SynonymPart},
     {"kelmar_add", 2, true, Add},    {"kelmar_sub", 2, true, Subtract}, {"kelmar_divisor", 1, true, Divisor},
+    {"kelmar_num", 1, true, NumberOperand},
 };
 
 // ---- Functions of the application -----------------------------------------

@@ -432,10 +432,21 @@ class TTranslator {
       chainStart_.resize(t_.size());
       outAt_.resize(t_.size());
     }
+    constexpr size_t kNone = static_cast<size_t>(-1);
     struct TChain {
       size_t Start;
       std::vector<size_t> Ops;
       bool AfterOperand = false;
+      size_t Factor = kNone;   // first token of the operand being read
+      size_t Checked = kNone;  // one past the operand a product last checked
+    };
+    // Products and signs take numbers only: anything else but a number
+    // literal goes through a call that refuses dates.
+    auto check = [&](size_t from, size_t to, const char* call) {
+      while (from < to && (IsSymbol(t_[from], "-") || IsSymbol(t_[from], "+"))) ++from;  // inside the signs
+      if (to <= from || IsNumberFactor(from, to)) return;
+      before_[from] = call + before_[from];
+      after_[to - 1] += ")";
     };
     std::vector<TChain> open{TChain{b, {}}};
     auto close = [&](const TChain& chain, size_t end) {
@@ -459,6 +470,7 @@ class TTranslator {
       const TToken& t = t_[i];
       // CASE ... END is one operand, nested as parentheses are.
       if (IsSymbol(t, "(") || IsKeyword(t, "CASE")) {
+        if (open.back().Factor == kNone) open.back().Factor = i;
         open.back().AfterOperand = false;
         open.push_back(TChain{i + 1, {}});
       } else if (IsSymbol(t, ")") || IsKeyword(t, "END")) {
@@ -471,19 +483,30 @@ class TTranslator {
         // A name right after an operand is an alias and starts afresh.
         close(open.back(), i);
         const bool alias = !(i == cut || EndsOperand(t));
-        open.back() = TChain{alias ? i : i + 1, {}, alias};
-      } else if (IsSymbol(t, "/") && open.back().AfterOperand) {
+        open.back() = TChain{alias ? i : i + 1, {}, alias, alias ? i : kNone};
+      } else if ((IsSymbol(t, "*") || IsSymbol(t, "/")) && open.back().AfterOperand) {
+        TChain& chain = open.back();
+        if (chain.Factor != kNone && chain.Checked != i) check(chain.Factor, i, "kelmar_num(");
         // Oracle refuses a division by zero, where the engine gives NULL.
-        const size_t end = FactorEnd(i + 1, e);
-        if (end > i + 1) {
+        chain.Checked = FactorEnd(i + 1, e);
+        if (IsSymbol(t, "/") && chain.Checked > i + 1) {
           before_[i + 1] = "kelmar_divisor(" + before_[i + 1];
-          after_[end - 1] += ")";
+          after_[chain.Checked - 1] += ")";
+        } else {
+          check(i + 1, chain.Checked, "kelmar_num(");
         }
-        open.back().AfterOperand = false;
+        chain.Factor = kNone;
+        chain.AfterOperand = false;
       } else if ((IsSymbol(t, "+") || IsSymbol(t, "-")) && open.back().AfterOperand) {
         open.back().Ops.push_back(i);
+        open.back().Factor = kNone;
         open.back().AfterOperand = false;
+      } else if (IsSymbol(t, "+") || IsSymbol(t, "-")) {
+        const size_t end = FactorEnd(i + 1, e);  // a sign before an operand
+        if (end != open.back().Checked) check(i + 1, end, "kelmar_num(");
+        open.back().Checked = end;
       } else {
+        if (IsOperand(t) && open.back().Factor == kNone) open.back().Factor = i;
         open.back().AfterOperand = IsOperand(t);
       }
     }
@@ -491,6 +514,12 @@ class TTranslator {
       close(open.back(), e);
       open.pop_back();
     }
+  }
+
+  // Signs and a number: nothing in [from, to) can be a date.
+  bool IsNumberFactor(size_t from, size_t to) const {
+    while (from + 1 < to && (IsSymbol(t_[from], "-") || IsSymbol(t_[from], "+"))) ++from;
+    return from + 1 == to && t_[from].Kind == tkNumber;
   }
 
   // One past the operand of a product that starts at `i`: a sign, then a

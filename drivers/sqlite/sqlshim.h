@@ -7,8 +7,9 @@
 // database anyway); "RETURNING ... INTO :x" (the INTO part is taken out
 // and its targets kept); "pkg.func(" calls (the package is dropped);
 // comparisons of a column with a 'DD.MM.YYYY' literal; binary + and - into
-// calls that know dates, and "/" into a division that keeps fractions and
-// refuses zero (Oracle's date and number arithmetic); COMMIT, ROLLBACK,
+// calls that know dates, "/" into a division that keeps fractions and
+// refuses zero, and the operands of products and signs into checks that
+// refuse dates (Oracle's date and number arithmetic); COMMIT, ROLLBACK,
 // CREATE/DROP SEQUENCE, CREATE/DROP SYNONYM; and the two PL/SQL block shapes
 // the kit itself generates. Functions (NVL, DECODE, TO_DATE...) and the
 // dictionary views are the engine's, not rewritten here.

@@ -69,6 +69,13 @@ TEST_F(DateArithTest, NumbersStillAddAsNumbers) {
   EXPECT_EQ(ErrorOf(u"SELECT id / CASE WHEN id > 0 THEN 0 END FROM docs"), 1476);
   EXPECT_EQ(Value(u"SELECT CASE WHEN days > 0 THEN days + 100 ELSE days - 100 END FROM docs WHERE id = 2"), "-101");
   EXPECT_EQ(Value(u"SELECT NVL(days, 0) + 1 FROM docs WHERE id = 3"), "1");
+  EXPECT_EQ(Rows(u"SELECT days * 2, -days, 3 * -days, -(days + 1), days * days * 2, note * 2 FROM docs WHERE id = 2"),
+            (TRows{{"-2", "1", "3", "0", "2", "24"}}));
+  EXPECT_EQ(Value(u"SELECT COUNT(*) FROM docs WHERE days * 2 > -5"), "2");
+  // Negative defaults stay constants the engine takes in a table definition.
+  Exec(u"CREATE TABLE defaults (a NUMBER DEFAULT -1, b NUMBER DEFAULT +2.5, c NUMBER)");
+  Exec(u"INSERT INTO defaults (c) VALUES (3)");
+  EXPECT_EQ(Rows(u"SELECT a, b, c FROM defaults"), (TRows{{"-1", "2.5", "3"}}));
   EXPECT_EQ(Rows(u"SELECT ROW_NUMBER() OVER (ORDER BY id DESC) - 1 FROM docs ORDER BY id"),
             (TRows{{"2"}, {"1"}, {"0"}}));
 }
@@ -93,6 +100,13 @@ TEST_F(DateArithTest, WhatOracleRefusesFailsWithItsNumber) {
   EXPECT_EQ(ErrorOf(u"SELECT note + 1 FROM docs WHERE id = 1"), 1722);
   EXPECT_EQ(ErrorOf(u"SELECT doc_date + 1e9 FROM docs WHERE id = 1"), 1841);
   EXPECT_EQ(ErrorOf(u"SELECT doc_date - 800000 FROM docs WHERE id = 1"), 1841);
+  // Products and signs take no dates.
+  EXPECT_EQ(ErrorOf(u"SELECT doc_date * 2 FROM docs WHERE id = 1"), 932);
+  EXPECT_EQ(ErrorOf(u"SELECT 2 * doc_date FROM docs WHERE id = 1"), 932);
+  EXPECT_EQ(ErrorOf(u"SELECT days / doc_date FROM docs WHERE id = 1"), 932);
+  EXPECT_EQ(ErrorOf(u"SELECT -doc_date FROM docs WHERE id = 1"), 932);
+  EXPECT_EQ(ErrorOf(u"SELECT days * -(due) FROM docs WHERE id = 1"), 932);
+  EXPECT_EQ(ErrorOf(u"SELECT note * 2 FROM docs WHERE id = 1"), 1722);
   const std::string message = Value(u"SELECT doc_date + due FROM docs");
   EXPECT_EQ(message.rfind("ORA-00975: ", 0), 0u) << message;
 }
