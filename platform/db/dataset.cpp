@@ -164,7 +164,9 @@ void TDataSet::OpenCursor(bool InfoQuery) {
   InternalOpen(InfoQuery);
   if (InfoQuery) return;
   CreateAndBindFields();
-  if (!Trim(filterText_).IsEmpty()) filterExpr_ = std::make_unique<TFilterExpression>(filterText_, this, filterOptions_);
+  // A filter not in force does not stop the opening; it is read when switched on.
+  if (filtered_ && !Trim(filterText_).IsEmpty())
+    filterExpr_ = std::make_unique<TFilterExpression>(filterText_, this, filterOptions_);
   cursorOpen_ = true;
   fetchedAll_ = false;
   droppedBefore_ = 0;
@@ -841,6 +843,8 @@ void TDataSet::SetFieldValues(const String& names, const Variant& value) {
 void TDataSet::SetFiltered(bool value) {
   if (filtered_ == value) return;
   if (Active()) CheckBrowseMode();
+  if (value && Active() && !filterExpr_ && !Trim(filterText_).IsEmpty())
+    filterExpr_ = std::make_unique<TFilterExpression>(filterText_, this, filterOptions_);
   filtered_ = value;
   if (Active()) {
     RebuildView();

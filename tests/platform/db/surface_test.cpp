@@ -259,6 +259,28 @@ TEST_F(SurfaceTest, FiltersCombineOptionsLogicAndLiterals) {
   EXPECT_EQ(Ids(u"PRICE >= 2 and PRICE <= 3.25 and id <> 1"), "2,3");
 }
 
+TEST_F(SurfaceTest, AFilterNotInForceDoesNotStopTheOpening) {
+  table_->Close();
+  table_->SetFilter(u"ID >");
+  table_->Open();
+  EXPECT_EQ(table_->RecordCount(), 4);
+  // Switching it on reads it, and a bad text leaves the filter off.
+  EXPECT_THROW(table_->SetFiltered(true), EDatabaseError);
+  EXPECT_FALSE(table_->Filtered());
+  EXPECT_EQ(table_->RecordCount(), 4);
+  table_->SetFilter(u"ID > 2");
+  table_->SetFiltered(true);
+  EXPECT_EQ(table_->RecordCount(), 2);
+  // While open, a bad text is refused as it is set, in force or not.
+  table_->SetFiltered(false);
+  EXPECT_THROW(table_->SetFilter(u"ID = = 1"), EDatabaseError);
+  EXPECT_EQ(table_->Filter(), u"ID > 2");
+  table_->Close();
+  table_->SetFiltered(true);
+  table_->Open();
+  EXPECT_EQ(table_->RecordCount(), 2);
+}
+
 TEST_F(SurfaceTest, LongAndDeepFiltersAreBoundedNotFatal) {
   // A long chain is fine however long; nesting has a limit and says so.
   String chain = u"ID > 0";
