@@ -367,18 +367,6 @@ bool TDataSet::CurrentRow(RowId& row) const {
   return true;
 }
 
-bool TDataSet::ActiveRow(RowId& row) const {
-  if (readRow_ >= 0) {
-    row = static_cast<RowId>(readRow_);
-    return true;
-  }
-  const auto& v = View();
-  int p = readPos_ >= 0 ? readPos_ : pos_;
-  if (p < 0 || p >= static_cast<int>(v.size())) return false;
-  row = v[static_cast<size_t>(p)];
-  return true;
-}
-
 void TDataSet::SetReadPosition(int position) { readPos_ = position; }
 
 void TDataSet::ClampPosition() {
@@ -899,6 +887,7 @@ void TDataSet::DataEvent(TDataEvent event, TField* field) {
 }
 
 void TDataSet::NotifyLinks(TDataEvent event, TField* field) {
+  if (dataSources_.empty()) return;  // the common scan with no control attached: no copy of the list
   for (TDataSource* source : std::vector<TDataSource*>(dataSources_))
     if (std::find(dataSources_.begin(), dataSources_.end(), source) != dataSources_.end()) source->DataEvent(event, field);
 }

@@ -150,7 +150,18 @@ class TDataSet : public TComponent {
   // ---- Record access for links, filters and fields ----
   // The record the fields read: the current one, or another while a link,
   // a filter or a calculation looks at it. False when there is none.
-  bool ActiveRow(TRecordStore::RowId& row) const;
+  // Inline: every field read of a scan goes through here.
+  bool ActiveRow(TRecordStore::RowId& row) const {
+    if (readRow_ >= 0) {
+      row = static_cast<TRecordStore::RowId>(readRow_);
+      return true;
+    }
+    const auto& v = View();
+    const int p = readPos_ >= 0 ? readPos_ : pos_;
+    if (p < 0 || p >= static_cast<int>(v.size())) return false;
+    row = v[static_cast<size_t>(p)];
+    return true;
+  }
   TRecordStore& Store() { return store_; }
   const TRecordStore& Store() const { return store_; }
   // Calculated values of the active record.

@@ -32,17 +32,12 @@ std::string TextToBytes(const String& text) {
 // UTF-8 to String with a quick path for ASCII, the common case of
 // fetched text.
 String Utf8ToText(std::string_view bytes) {
-  // Widened and checked in the same pass.
-  std::u16string s(bytes.size(), u'\0');
   const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
-  char16_t* out = s.data();
   unsigned char high = 0;
-  for (size_t i = 0; i < bytes.size(); ++i) {
-    high |= in[i];
-    out[i] = in[i];
-  }
+  for (size_t i = 0; i < bytes.size(); ++i) high |= in[i];
   if (high >= 0x80) return String::FromUtf8(bytes);
-  return String(std::move(s));
+  // Built straight from the bytes: no zeroed buffer written a second time.
+  return String(std::u16string(in, in + bytes.size()));
 }
 
 TCell IntegerCell(int64_t v) {
@@ -234,7 +229,9 @@ void TField::CheckRequired() const {
 
 // ---- Cells -------------------------------------------------------------------
 
-bool TField::ReadInteger(int64_t& v) const {
+// Inline: the typed getters below read every cell of a scan through these,
+// and no other unit calls them.
+inline bool TField::ReadInteger(int64_t& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
@@ -247,7 +244,7 @@ bool TField::ReadInteger(int64_t& v) const {
   return true;
 }
 
-bool TField::ReadFloat(double& v) const {
+inline bool TField::ReadFloat(double& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
@@ -260,7 +257,7 @@ bool TField::ReadFloat(double& v) const {
   return true;
 }
 
-bool TField::ReadBytes(std::string_view& v) const {
+inline bool TField::ReadBytes(std::string_view& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
