@@ -1,0 +1,1 @@
+SELECT doc_date + 7, due - doc_date span, -(qty * 2) / NVL(days, 1), CASE WHEN a > 0 THEN d END - 1 FROM docs WHERE doc_date - 1 >= '01.02.2015' AND ROW_NUMBER() OVER (ORDER BY id) - 1 = 0
