@@ -260,10 +260,18 @@ bool TVeskBody<B, T>::SetFilterOnClient(TField* Field, String Value, bool Multi,
   } catch (Exception& e) {
     e.Message = u"Invalid filter: " + text + u"\n" + e.Message;
     if (!oldFilter.IsEmpty()) e.Message += u"\nRestored old filter: " + oldFilter;
+    // Each step back is tried on its own: a step that fails as well (an
+    // old text the engine cannot read either) must not hide the refusal.
+    auto attempt = [](auto step) {
+      try {
+        step();
+      } catch (const Exception&) {
+      }
+    };
     B::SetFiltered(false);
-    this->SetFilterOptions(oldOptions);
-    this->SetFilter(oldFilter);
-    SetFiltered(oldFiltered);
+    attempt([&] { this->SetFilter(oldFilter); });
+    attempt([&] { this->SetFilterOptions(oldOptions); });
+    attempt([&] { SetFiltered(oldFiltered); });
     throw;
   }
   return true;

@@ -304,6 +304,26 @@ TEST_F(LookupFilterTest, ABadClientFilterIsReportedAndTheOldOneRestored) {
   EXPECT_EQ(Ids(), (V{20, 30, 40, 50}));
 }
 
+TEST_F(LookupFilterTest, AnOldFilterTheEngineCannotReadDoesNotHideTheRefusal) {
+  // An in-memory table takes a filter text while closed and reads it only
+  // when the filter is switched on.
+  TVeskVirt virt(nullptr);
+  virt.LoadFromDataSet(goods_);
+  virt.Close();
+  virt.SetFilter(u"ID >");
+  virt.Open();
+  ASSERT_EQ(virt.RecordCount(), 5);
+  try {
+    virt.setFilter(virt.FieldByName(u"ID"), u"2", false, nullptr);
+    FAIL() << "the broken filter text was taken";
+  } catch (const Exception& e) {
+    EXPECT_EQ(e.Message.Pos(u"Invalid filter: (ID >) AND [ID]='2'\n"), 1) << e.Message.ToUtf8();
+    EXPECT_GT(e.Message.Pos(u"\nRestored old filter: ID >"), 0) << e.Message.ToUtf8();
+  }
+  EXPECT_FALSE(virt.Filtered());
+  EXPECT_EQ(virt.RecordCount(), 5);
+}
+
 TEST_F(LookupFilterTest, CalculatedFieldsAreLeftToTheApplication) {
   TField* calc = new TStringField(q_);
   q_->Close();
