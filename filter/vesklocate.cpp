@@ -7,10 +7,9 @@
 #include "platform/rtl/sysutils.h"
 #include "platform/rtl/typinfo.h"
 #include "platform/ui/dialogs.h"
+#include "platform/ui/uiport.h"
 
 namespace {
-
-TUserInputProbe* inputProbe = nullptr;
 
 struct TKey {
   TField* Field;
@@ -66,13 +65,7 @@ TVeskLocateOption VeskLocateOptions(TLocateOptions Options) {
   return result;
 }
 
-TUserInputProbe* SetUserInputProbe(TUserInputProbe* Probe) {
-  TUserInputProbe* previous = inputProbe;
-  inputProbe = Probe;
-  return previous;
-}
-
-bool UserInputMessage() { return inputProbe && inputProbe->InputPending(); }
+bool UserInputMessage() { return CurrentUserInterface().InputPending(); }
 
 bool Locate(TDataSet* DataSet, TStrings* Names, const Variant& Values, TVeskLocateOption Options) {
   if (!DataSet || !Names || Names->Count() == 0 || DataSet->RecordCount() == 0) return false;
@@ -97,7 +90,7 @@ bool Locate(TDataSet* DataSet, TStrings* Names, const Variant& Values, TVeskLoca
   {
     TWaitCursor wait;
     TControlsOff controlsOff(DataSet);
-    if (inputProbe) inputProbe->DiscardPending();
+    CurrentUserInterface().DiscardPendingInput();
     if (Options.Contains(vloFromNext)) DataSet->Next();
     else DataSet->First();
     while (!DataSet->Eof() && !UserInputMessage()) {

@@ -23,20 +23,8 @@ using TVeskLocateOption = Set<TVeskLocateFlag>;
 
 TVeskLocateOption VeskLocateOptions(TLocateOptions Options);
 
-// The question of pending key and mouse input, which only the application's
-// windowing knows. The search asks it on every record; with no probe set
-// nothing is ever pending. SetUserInputProbe borrows the probe and returns
-// the one it replaces.
-class TUserInputProbe {
- public:
-  virtual ~TUserInputProbe() = default;
-  // Drops key and mouse messages already queued, so that a key pressed
-  // before the search does not stop it.
-  virtual void DiscardPending() {}
-  // True when a key or mouse event waits.
-  virtual bool InputPending() = 0;
-};
-TUserInputProbe* SetUserInputProbe(TUserInputProbe* Probe);
+// True when key or mouse input waits in the front end's queue (asked
+// through the UserInterface port); the search asks on every record.
 bool UserInputMessage();
 
 // Finds the first record whose fields equal the values; true when found,

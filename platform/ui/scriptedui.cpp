@@ -176,12 +176,25 @@ String TScriptedUserInterface::Verify() const {
   return report;
 }
 
+TScriptedUserInterface& TScriptedUserInterface::InputPendingAfter(int quietQuestions) {
+  inputQuietQuestions_ = quietQuestions;
+  return *this;
+}
+
+bool TScriptedUserInterface::InputPending() {
+  ++inputQuestions_;
+  return inputQuietQuestions_ >= 0 && inputQuestions_ > inputQuietQuestions_;
+}
+
 void TScriptedUserInterface::Reset() {
   script_.clear();
   shown_.clear();
   failures_.clear();
   cursors_.clear();
   beeps_ = 0;
+  inputQuietQuestions_ = -1;
+  inputQuestions_ = 0;
+  inputDiscards_ = 0;
 }
 
 void PressButton(TCustomForm& form, const String& name) {

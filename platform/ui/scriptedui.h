@@ -74,12 +74,18 @@ class TScriptedUserInterface : public UserInterface {
   // A popup menu: the item with that Name or caption is picked (searched
   // through the submenus); an empty name dismisses the menu.
   TScriptedUserInterface& ExpectPopup(const String& item);
+  // Input turns up after `quietQuestions` questions of InputPending and
+  // stays there; discarding is only counted, as a key pressed in the middle
+  // of a scan arrives after the discard before it.
+  TScriptedUserInterface& InputPendingAfter(int quietQuestions);
 
   // Every dialogue shown, expected or not, in order.
   const std::vector<TShownDialog>& Shown() const { return shown_; }
   const std::vector<String>& Failures() const { return failures_; }
   int PendingCount() const { return static_cast<int>(script_.size()); }
   int BeepCount() const { return beeps_; }
+  int InputQuestions() const { return inputQuestions_; }
+  int InputDiscards() const { return inputDiscards_; }
   const std::vector<TCursor>& Cursors() const { return cursors_; }
   // Empty when all went to plan; else one line per failure and per
   // expectation never met.
@@ -97,6 +103,8 @@ class TScriptedUserInterface : public UserInterface {
   TMenuItem* TrackPopupMenu(TPopupMenu& Menu, int X, int Y) override;
   void MessageBeep(unsigned Type) override { ++beeps_; }
   void CursorChanged(TCursor Cursor) override { cursors_.push_back(Cursor); }
+  bool InputPending() override;
+  void DiscardPendingInput() override { ++inputDiscards_; }
 
  private:
   struct Expectation {
@@ -117,6 +125,9 @@ class TScriptedUserInterface : public UserInterface {
   std::vector<String> failures_;
   std::vector<TCursor> cursors_;
   int beeps_ = 0;
+  int inputQuietQuestions_ = -1;  // never pending
+  int inputQuestions_ = 0;
+  int inputDiscards_ = 0;
 };
 
 // ---- Helpers for form scripts ----------------------------------------------------

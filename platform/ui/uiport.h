@@ -73,6 +73,12 @@ class UserInterface {
   virtual TMenuItem* TrackPopupMenu(TPopupMenu& Menu, int X, int Y) = 0;
   virtual void MessageBeep(unsigned Type) {}
   virtual void CursorChanged(TCursor Cursor) {}
+  // Key or mouse input waiting in the front end's queue: long scans ask
+  // on every record and stop when the person acts.
+  virtual bool InputPending() { return false; }
+  // Drops the key and mouse input already queued, so that a key pressed
+  // before a scan does not stop it.
+  virtual void DiscardPendingInput() {}
 };
 
 // The installed port, or the headless default.

@@ -9,6 +9,7 @@
 #include "platform/db/memdataset.h"
 #include "platform/rtl/stringlist.h"
 #include "platform/ui/forms.h"
+#include "platform/ui/scriptedui.h"
 #include "tests/support/kitfixture.h"
 
 namespace {
@@ -113,30 +114,21 @@ TEST_F(GeneralLocate, EmptyOrNamelessFindsNothing) {
   EXPECT_FALSE(Locate(table_.get(), u"ID", 1, TVeskLocateOption()));
 }
 
-// Reports input after a number of questions, and counts the discards.
-class TScriptedProbe : public TUserInputProbe {
- public:
-  explicit TScriptedProbe(int quietQuestions) : quiet_(quietQuestions) {}
-  void DiscardPending() override { ++Discards; }
-  bool InputPending() override { return ++Questions > quiet_; }
-  int Questions = 0, Discards = 0;
-
- private:
-  int quiet_;
-};
-
 TEST_F(GeneralLocate, PendingInputStopsTheScan) {
-  TScriptedProbe probe(2);
-  TUserInputProbe* previous = SetUserInputProbe(&probe);
+  TScriptedUserInterface ui;
+  ui.InputPendingAfter(2);
   GoTo(3);
   table_->First();
-  const bool found = Locate(table_.get(), u"ID", 5, TVeskLocateOption());
-  SetUserInputProbe(previous);
+  bool found;
+  {
+    TUserInterfaceScope scope(ui);
+    found = Locate(table_.get(), u"ID", 5, TVeskLocateOption());
+  }
   EXPECT_FALSE(found);
-  EXPECT_EQ(probe.Questions, 3);  // asked on the first three records, stopped at the third
-  EXPECT_EQ(probe.Discards, 1);
+  EXPECT_EQ(ui.InputQuestions(), 3);  // asked on the first three records, stopped at the third
+  EXPECT_EQ(ui.InputDiscards(), 1);
   EXPECT_EQ(Id(), 1);  // back where it began
-  EXPECT_FALSE(UserInputMessage());
+  EXPECT_FALSE(UserInputMessage());  // the headless default has no queue
 }
 
 TEST_F(GeneralLocate, ControlsAndCursorComeBack) {
