@@ -1,5 +1,7 @@
 #include "filter/veskorasession.h"
 
+#include "filter/veskcmp.h"
+
 KELMAR_PUBLISH(TVeskOraSession) {
   r.Prop(u"EnableAutoConnect", &TVeskOraSession::EnableAutoConnect, &TVeskOraSession::SetEnableAutoConnect)
       .Default = 0;
@@ -13,6 +15,8 @@ TVeskOraSession::TVeskOraSession(TComponent* AOwner) : TOraSession(AOwner) {}
 bool TVeskOraSession::GetVESKReadOnlyMode(TObject* Sender) const {
   return OnVESKReadOnlyMode.Assigned() && OnVESKReadOnlyMode(Sender);
 }
+
+void TVeskOraSession::ConnectionMade() { RegisterSimilarityFunctions(this); }
 
 bool TVeskOraSession::GetConnected() const {
   TComponentState state = ComponentState();

@@ -1,4 +1,7 @@
-// TVeskOraSession: the kit's session. Beside the connection it lets the
+// TVeskOraSession: the kit's session. On connect it adds the similarity
+// package (PREP, NUM, INTEXT) to the engine, which the Smart compare
+// filters call, before AfterConnect, so that an application's own
+// function of the same name registered there takes its place. Beside the connection it lets the
 // application decide, per dataset, whether data may be changed
 // (OnVESKReadOnlyMode), and keeps a design-time connection out of the
 // component's stream unless EnableAutoConnect says otherwise.
@@ -30,6 +33,7 @@ class TVeskOraSession : public TOraSession {
   // False while a designed session is being written to its stream, unless
   // EnableAutoConnect is set.
   bool GetConnected() const override;
+  void ConnectionMade() override;
 
  private:
   bool enableAutoConnect_ = false;

@@ -125,6 +125,12 @@ void TOraSession::Connect() {
   CheckDbStatus(ConnectDb(params, connection));
   if (!connection) throw EDatabaseError(u"The driver \"" + driver_ + u"\" gave no connection");
   connection_ = std::move(connection);
+  try {
+    ConnectionMade();
+  } catch (...) {
+    connection_.reset();
+    throw;
+  }
   AfterConnect(this);
 }
 

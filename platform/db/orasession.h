@@ -96,6 +96,9 @@ class TOraSession : public TComponent {
 
  protected:
   virtual bool GetConnected() const { return connection_ != nullptr; }
+  // The connection is made and AfterConnect is still to come: the place
+  // for what a session class adds to every connection.
+  virtual void ConnectionMade() {}
 
  private:
   void CheckDisconnected(const char16_t* what) const;

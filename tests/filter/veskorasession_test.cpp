@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/db/dadataset.h"
+#include "platform/db/fields.h"
 #include "tests/support/dbfixture.h"
 
 namespace {
@@ -76,6 +78,38 @@ TEST_F(VeskOraSessionTest, DesignedConnectionIsNotWrittenUnlessAllowed) {
   session_->SetWriting(true);
   session_->SetEnableAutoConnect(true);
   EXPECT_FALSE(session_->Connected());  // and a closed session stays closed
+}
+
+// The first column of the statement's one row, as text.
+String ScalarOf(TOraSession* session, const String& sql) {
+  TOraQuery q(nullptr);
+  q.SetSession(session);
+  q.SQL()->SetText(sql);
+  q.Open();
+  return q.Fields()->Fields(0)->AsString();
+}
+
+TEST_F(VeskOraSessionTest, ConnectAddsTheSimilarityPackage) {
+  session_->Connect();
+  EXPECT_EQ(ScalarOf(session_, u"SELECT ZE$G$CMP.PREP('  Hello,  World!') FROM DUAL"), u"hello world");
+  EXPECT_EQ(ScalarOf(session_, u"SELECT ZE$G$CMP.INTEXT('abcdef', 'ba', NULL) FROM DUAL"), u"1");
+  // again after a reconnect, which starts a new engine connection
+  session_->Disconnect();
+  session_->Connect();
+  EXPECT_EQ(ScalarOf(session_, u"SELECT ZE$G$CMP.NUM('a1b22') FROM DUAL"), u"122");
+
+  TOraSession plain(owner_.get());
+  plain.SetServer(u":memory:");
+  plain.Connect();
+  EXPECT_THROW(ScalarOf(&plain, u"SELECT ZE$G$CMP.PREP('x') FROM DUAL"), EDatabaseError);
+}
+
+TEST_F(VeskOraSessionTest, AnApplicationsOwnFunctionRegisteredAfterConnectWins) {
+  session_->AfterConnect = [this](TObject*) {
+    session_->RegisterFunction(u"PREP", 1, [](std::span<const TDbValue>) { return TDbValue::TextValue(u"mine"); });
+  };
+  session_->Connect();
+  EXPECT_EQ(ScalarOf(session_, u"SELECT ZE$G$CMP.PREP('x') FROM DUAL"), u"mine");
 }
 
 }  // namespace
