@@ -3,10 +3,10 @@
 // guard on and a handler that allows, against the same rows through a plain
 // TOraQuery with the same statements, in the same run.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <functional>
 
+#include "bench/benchutil.h"
 #include "data/veskodacquerylib.h"
 #include "data/veskutil.h"
 #include "drivers/sqlite/sqlitedriver.h"
@@ -14,14 +14,10 @@
 
 namespace {
 
+using namespace bench;
+
 constexpr int kRows = 100000;
 constexpr int kRuns = 3;
-
-double Seconds(const std::function<void()>& work) {
-  auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 void Prepare(TOraDataSet& q, TOraSession& session) {
   q.SetSession(&session);
@@ -92,6 +88,6 @@ int main() {
                  kRows);
     return 1;
   }
-  std::printf("ratio guard_append_post %.4f goal<=1.3\n", guardedBest / plainBest);
+  Report("guard_append_post", guardedBest / plainBest, "<=", 1.3);
   return 0;
 }

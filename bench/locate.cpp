@@ -2,41 +2,21 @@
 // over 1,000,000 in-memory records, for a value only the last record
 // matches, against a plain loop doing the same compare over the same
 // strings in the same run. A row count can be named on the command line.
-#include <time.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "bench/benchutil.h"
 #include "filter/vesklocate.h"
 #include "platform/db/fields.h"
 #include "platform/db/memdataset.h"
 
 namespace {
 
-double CpuSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-double Best(int runs, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) {
-    const double start = CpuSeconds();
-    work();
-    best = std::min(best, CpuSeconds() - start);
-  }
-  return best;
-}
-
-void Report(const char* name, double measured, const char* op, double limit) {
-  std::printf("ratio %s %.4f goal%s%g\n", name, measured, op, limit);
-  std::fflush(stdout);
-}
+using namespace bench;
 
 }  // namespace
 

@@ -3,13 +3,12 @@
 // a typed value, over 100,000 rows of the embedded engine with the similarity functions
 // registered (time and rows found). A row count can be named on the
 // command line for a quick run.
-#include <time.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
+#include "bench/benchutil.h"
 #include "drivers/sqlite/sqlitedriver.h"
 #include "filter/filterlang.h"
 #include "filter/veskcmp.h"
@@ -18,18 +17,7 @@
 
 namespace {
 
-// Processor time of this process: the machine is shared.
-double CpuSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-double Seconds(const std::function<void()>& work) {
-  const double start = CpuSeconds();
-  work();
-  return CpuSeconds() - start;
-}
+using namespace bench;
 
 const char* const kWords[] = {"apple", "bread", "butter", "cheese", "milk", "sugar", "flour", "honey",
                               "salt", "pepper", "rice", "beans", "tea", "coffee", "jam", "oil"};

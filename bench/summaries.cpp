@@ -4,43 +4,25 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
+#include "bench/benchutil.h"
 #include "drivers/sqlite/sqlitedriver.h"
 #include "filter/xttsum.h"
 #include "platform/db/dadataset.h"
 
 namespace {
 
+using namespace bench;
+
 int kRows = 1000000;
-
-double Seconds(const std::function<void()>& work) {
-  auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Best(int runs, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) best = std::min(best, Seconds(work));
-  return best;
-}
-
-void Check(int rc, sqlite3* db) {
-  if (rc != SQLITE_OK && rc != SQLITE_DONE && rc != SQLITE_ROW) {
-    std::fprintf(stderr, "sqlite: %s\n", sqlite3_errmsg(db));
-    std::exit(1);
-  }
-}
 
 // Five numeric columns, every seventh D null; written once, reused after.
 void MakeTable(const std::string& path) {
   sqlite3* db = nullptr;
-  Check(sqlite3_open(path.c_str(), &db), db);
+  CheckSqlite(sqlite3_open(path.c_str(), &db), db);
   sqlite3_stmt* count = nullptr;
   int have = -1;
   if (sqlite3_prepare_v2(db, "SELECT COUNT(*) FROM summary_rows", -1, &count, nullptr) == SQLITE_OK &&
@@ -48,14 +30,14 @@ void MakeTable(const std::string& path) {
     have = sqlite3_column_int(count, 0);
   sqlite3_finalize(count);
   if (have != kRows) {
-    Check(sqlite3_exec(db,
+    CheckSqlite(sqlite3_exec(db,
                        "DROP TABLE IF EXISTS summary_rows;"
                        "CREATE TABLE summary_rows (a FLOAT, b NUMBER(12,2), c NUMBER(9), d FLOAT, e NUMBER(5));"
                        "BEGIN;",
                        nullptr, nullptr, nullptr),
           db);
     sqlite3_stmt* ins = nullptr;
-    Check(sqlite3_prepare_v2(db, "INSERT INTO summary_rows VALUES (?, ?, ?, ?, ?)", -1, &ins, nullptr), db);
+    CheckSqlite(sqlite3_prepare_v2(db, "INSERT INTO summary_rows VALUES (?, ?, ?, ?, ?)", -1, &ins, nullptr), db);
     for (int i = 1; i <= kRows; ++i) {
       sqlite3_bind_double(ins, 1, i * 0.5);
       sqlite3_bind_double(ins, 2, (i % 997) * 1.25);
@@ -63,11 +45,11 @@ void MakeTable(const std::string& path) {
       if (i % 7 == 0) sqlite3_bind_null(ins, 4);
       else sqlite3_bind_double(ins, 4, (i % 31) * 0.1);
       sqlite3_bind_int(ins, 5, i % 10);
-      Check(sqlite3_step(ins), db);
+      CheckSqlite(sqlite3_step(ins), db);
       sqlite3_reset(ins);
     }
     sqlite3_finalize(ins);
-    Check(sqlite3_exec(db, "COMMIT;", nullptr, nullptr, nullptr), db);
+    CheckSqlite(sqlite3_exec(db, "COMMIT;", nullptr, nullptr, nullptr), db);
   }
   sqlite3_close(db);
 }
@@ -132,6 +114,6 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "bench: item %d gave %.17g, the loop %.17g\n", i, got[i], want[i]);
       return 1;
     }
-  std::printf("ratio summaries_scan %.4f goal<=2\n", ours / peer);
+  Report("summaries_scan", ours / peer, "<=", 2.0);
   return 0;
 }

@@ -3,16 +3,15 @@
 // with std::sort and rebuilding a table of them (append and post of every
 // record) in the same run. A row count can be named on the command line
 // for a quick run.
-#include <time.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench/benchutil.h"
 #include "data/veskvirt.h"
 #include "filter/vesksort.h"
 #include "platform/db/fields.h"
@@ -20,22 +19,7 @@
 
 namespace {
 
-double CpuSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-double Seconds(const std::function<void()>& work) {
-  const double start = CpuSeconds();
-  work();
-  return CpuSeconds() - start;
-}
-
-void Report(const char* name, double measured, const char* op, double limit) {
-  std::printf("ratio %s %.4f goal%s%g\n", name, measured, op, limit);
-  std::fflush(stdout);
-}
+using namespace bench;
 
 void MakeTable(TVirtualTable& t) {
   t.AddField(u"ID", ftInteger);
