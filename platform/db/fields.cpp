@@ -229,9 +229,7 @@ void TField::CheckRequired() const {
 
 // ---- Cells -------------------------------------------------------------------
 
-// Inline: the typed getters below read every cell of a scan through these,
-// and no other unit calls them.
-inline bool TField::ReadInteger(int64_t& v) const {
+bool TField::ReadInteger(int64_t& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
@@ -244,7 +242,7 @@ inline bool TField::ReadInteger(int64_t& v) const {
   return true;
 }
 
-inline bool TField::ReadFloat(double& v) const {
+bool TField::ReadFloat(double& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
@@ -257,7 +255,7 @@ inline bool TField::ReadFloat(double& v) const {
   return true;
 }
 
-inline bool TField::ReadBytes(std::string_view& v) const {
+bool TField::ReadBytes(std::string_view& v) const {
   if (!dataSet_) return false;
   if (column_ < 0) {
     const TCell& c = dataSet_->CalcCell(this);
