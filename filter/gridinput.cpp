@@ -88,3 +88,7 @@ bool AskClientFilter(TClientFilterQuery& Query) {
 }  // namespace
 
 TClientFilterDialogueFn InstallClientFilterDialogue() { return RegisterClientFilterDialogue(&AskClientFilter); }
+
+// The kit's form answers the client filter's question from the start; an
+// application may put its own in its place.
+[[maybe_unused]] const TClientFilterDialogueFn installedAtLoad = InstallClientFilterDialogue();

@@ -5,9 +5,10 @@
 //
 // The search (filter/vesksearch.h) shows it for a grid directly. The client
 // filter lives in data/, which must not know forms: it asks through the
-// dialogue seam of data/lookupfilters.h, and InstallClientFilterDialogue
-// puts this form there. An application installs it once at start; with
-// nothing installed a grid's list filter without a value is cancelled.
+// dialogue seam of data/lookupfilters.h, where this unit puts the form when
+// the program loads (InstallClientFilterDialogue puts it back after an
+// application's own); with nothing there a grid's list filter without a
+// value is cancelled.
 #pragma once
 
 #include "platform/ui/extctrls.h"

@@ -341,9 +341,10 @@ TEST_F(LookupFilterTest, AGridListFilterWithoutValueAsksTheDialogue) {
   chosen = q_->FieldByName(u"NOTE");
   TComponent grid(nullptr);
   // No dialogue: taken as cancelled, nothing changes.
+  auto previous = RegisterClientFilterDialogue(nullptr);
   EXPECT_TRUE(q_->setFilter(q_->FieldByName(u"ID"), u"", true, &grid));
   EXPECT_EQ(q_->FilterLists().CountSF(), 0);
-  auto previous = RegisterClientFilterDialogue([](TClientFilterQuery& query) {
+  RegisterClientFilterDialogue([](TClientFilterQuery& query) {
     query.Field = chosen;
     query.Value = u"PIE";
     query.Partial = 1;

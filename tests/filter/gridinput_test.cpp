@@ -180,6 +180,14 @@ TEST_F(GridInputTest, TheInMemoryMemberFiltersOnTheClientOnly) {
   EXPECT_FALSE(GetFiltered(v));
 }
 
+TEST(GridInputLoad, TheKitsFormIsInstalledWithoutSetup) {
+  const TClientFilterDialogueFn atLoad = ClientFilterDialogue();
+  ASSERT_NE(atLoad, nullptr);
+  const TClientFilterDialogueFn before = InstallClientFilterDialogue();
+  EXPECT_EQ(before, atLoad);
+  EXPECT_EQ(ClientFilterDialogue(), atLoad);
+}
+
 TEST_F(GridInputTest, WithNothingInstalledTheQuestionIsCancelled) {
   RegisterClientFilterDialogue(nullptr);
   EXPECT_TRUE(q_->setFilter(q_->FieldByName(u"NOTE"), String(), true, &grid_));
