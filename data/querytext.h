@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <iterator>
 
 #include "platform/rtl/stringlist.h"
 
@@ -29,7 +30,7 @@ inline constexpr TStatementPart kStatements[] = {
     {{u"SQLPrepare", u"SQ.SQLP"}, u"SQLPrepare"},
     {{u"VeskSQL1", u"SQ.SSQL"}, u"VeskSQL1"},
 };
-inline constexpr int kStatementCount = 8;
+inline constexpr int kStatementCount = static_cast<int>(std::size(kStatements));
 
 enum TTextPart { tpTableLive, tpFilterSYS, tpGroupField, tpKeyFields };
 inline constexpr int kTextCount = 4;
@@ -80,7 +81,7 @@ inline constexpr TSwitchKey kSwitches[] = {
     {{u"VeskMasterRefresh", u"SQ.SMR"}, u"VeskMasterRefresh"},
     {{u"ShowDBMSOutput", u"SQ.SDO"}, u"ShowDBMSOutput"},
 };
-inline constexpr int kSwitchCount = 14;
+inline constexpr int kSwitchCount = static_cast<int>(std::size(kSwitches));
 
 // The order in which each form writes and applies its switches: the list
 // takes XTTShowSummary last.
@@ -88,8 +89,6 @@ inline constexpr int kSwitchOrder[2][kSwitchCount] = {
     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13},
     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 10},
 };
-
-static_assert(std::size(kStatements) == kStatementCount && std::size(kSwitches) == kSwitchCount);
 
 // Everything a document or a list holds.
 struct TDefinition {
