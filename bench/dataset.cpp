@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <ctime>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -14,52 +13,23 @@
 #include <string>
 #include <vector>
 
+#include "bench/benchutil.h"
 #include "drivers/sqlite/sqlitedriver.h"
 #include "platform/db/dadataset.h"
 
 namespace {
 
+using namespace bench;
+
 // The table's size; a smaller one can be named on the command line for a
 // quick run.
 int kRows = 1000000;
-
-// Processor time of this process: the machine is shared, and the ratios
-// should not follow what else runs on it.
-double CpuSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-double Seconds(const std::function<void()>& work) {
-  double start = CpuSeconds();
-  work();
-  return CpuSeconds() - start;
-}
-
-double Best(int runs, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) best = std::min(best, Seconds(work));
-  return best;
-}
 
 size_t ResidentBytes() {
   std::ifstream statm("/proc/self/statm");
   size_t pages = 0, resident = 0;
   statm >> pages >> resident;
   return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
-}
-
-void Report(const char* name, double measured, const char* op, double limit) {
-  std::printf("ratio %s %.4f goal%s%g\n", name, measured, op, limit);
-  std::fflush(stdout);
-}
-
-void Check(int rc, sqlite3* db) {
-  if (rc != SQLITE_OK && rc != SQLITE_DONE && rc != SQLITE_ROW) {
-    std::fprintf(stderr, "sqlite: %s\n", sqlite3_errmsg(db));
-    std::exit(1);
-  }
 }
 
 std::string Note(int i) {
@@ -71,7 +41,7 @@ std::string Note(int i) {
 // Writes the table once; later runs reuse the file.
 void MakeTable(const std::string& path) {
   sqlite3* db = nullptr;
-  Check(sqlite3_open(path.c_str(), &db), db);
+  CheckSqlite(sqlite3_open(path.c_str(), &db), db);
   sqlite3_stmt* count = nullptr;
   int have = -1;
   if (sqlite3_prepare_v2(db, "SELECT COUNT(*) FROM bench_rows", -1, &count, nullptr) == SQLITE_OK &&
@@ -82,7 +52,7 @@ void MakeTable(const std::string& path) {
     sqlite3_close(db);
     return;
   }
-  Check(sqlite3_exec(db,
+  CheckSqlite(sqlite3_exec(db,
                      "DROP TABLE IF EXISTS bench_rows;"
                      "CREATE TABLE bench_rows (id NUMBER(10) PRIMARY KEY, code VARCHAR2(10), name VARCHAR2(30), "
                      "amount FLOAT, qty NUMBER(10), made DATE, note VARCHAR2(40));"
@@ -90,7 +60,7 @@ void MakeTable(const std::string& path) {
                      nullptr, nullptr, nullptr),
         db);
   sqlite3_stmt* ins = nullptr;
-  Check(sqlite3_prepare_v2(db, "INSERT INTO bench_rows VALUES (?, ?, ?, ?, ?, ?, ?)", -1, &ins, nullptr), db);
+  CheckSqlite(sqlite3_prepare_v2(db, "INSERT INTO bench_rows VALUES (?, ?, ?, ?, ?, ?, ?)", -1, &ins, nullptr), db);
   for (int i = 1; i <= kRows; ++i) {
     char code[16], name[32], made[24];
     std::snprintf(code, sizeof code, "C%06d", i % 1000000);
@@ -104,11 +74,11 @@ void MakeTable(const std::string& path) {
     sqlite3_bind_int(ins, 5, i % 1000);
     sqlite3_bind_text(ins, 6, made, -1, SQLITE_TRANSIENT);
     sqlite3_bind_text(ins, 7, note.c_str(), static_cast<int>(note.size()), SQLITE_TRANSIENT);
-    Check(sqlite3_step(ins), db);
+    CheckSqlite(sqlite3_step(ins), db);
     sqlite3_reset(ins);
   }
   sqlite3_finalize(ins);
-  Check(sqlite3_exec(db, "COMMIT;", nullptr, nullptr, nullptr), db);
+  CheckSqlite(sqlite3_exec(db, "COMMIT;", nullptr, nullptr, nullptr), db);
   sqlite3_close(db);
 }
 
@@ -125,9 +95,9 @@ struct Row {
 // raw bytes of the values (numbers and dates as 8 bytes).
 size_t PeerScan(const std::string& path, std::vector<Row>* keep) {
   sqlite3* db = nullptr;
-  Check(sqlite3_open(path.c_str(), &db), db);
+  CheckSqlite(sqlite3_open(path.c_str(), &db), db);
   sqlite3_stmt* st = nullptr;
-  Check(sqlite3_prepare_v2(db, "SELECT id, code, name, amount, qty, made, note FROM bench_rows", -1, &st, nullptr), db);
+  CheckSqlite(sqlite3_prepare_v2(db, "SELECT id, code, name, amount, qty, made, note FROM bench_rows", -1, &st, nullptr), db);
   size_t bytes = 0;
   int64_t sum = 0;
   while (sqlite3_step(st) == SQLITE_ROW) {
