@@ -1,13 +1,12 @@
 #include "platform/db/recordstore.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
 
+#include "platform/os/pages.h"
 #include "platform/rtl/exceptions.h"
 
 void TRecordStore::Reset(std::span<const TColumnKind> kinds) {
@@ -28,44 +27,8 @@ void TRecordStore::Clear() {
   rows_ = 0;
 }
 
-namespace {
-
-constexpr size_t kHugePage = size_t{2} << 20;
-constexpr size_t kPage = 4096;
-
-size_t RoundUp(size_t bytes, size_t unit) { return (bytes + unit - 1) / unit * unit; }
-
-}  // namespace
-
-void* TRecordStore::Allocate(size_t bytes) {
-  if (bytes < kHugePage) {
-    void* memory = std::calloc(1, bytes);
-    if (!memory) throw std::bad_alloc();
-    return memory;
-  }
-  bytes = RoundUp(bytes, kPage);
-  const size_t span = bytes + kHugePage;
-  void* raw = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (raw == MAP_FAILED) throw std::bad_alloc();
-  const uintptr_t first = reinterpret_cast<uintptr_t>(raw);
-  const uintptr_t start = RoundUp(first, kHugePage);
-  if (start > first) munmap(raw, start - first);
-  if (first + span > start + bytes) munmap(reinterpret_cast<void*>(start + bytes), first + span - start - bytes);
-  void* memory = reinterpret_cast<void*>(start);
-#ifdef MADV_HUGEPAGE
-  madvise(memory, bytes, MADV_HUGEPAGE);  // advice only: without huge pages it simply stays in small ones
-#endif
-  return memory;
-}
-
-void TRecordStore::Release(void* memory, size_t bytes) {
-  if (!memory) return;
-  if (bytes < kHugePage) return std::free(memory);
-  munmap(memory, RoundUp(bytes, kPage));
-}
-
 TRecordStore::Arena::~Arena() {
-  for (Block& b : blocks_) Release(b.data, b.size);
+  for (Block& b : blocks_) os::ReleaseZeroed(b.data, b.size);
 }
 
 TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
@@ -78,7 +41,7 @@ TRecordStore::Place TRecordStore::Arena::Add(std::string_view bytes) {
     Block b;
     b.size = std::max(grown, bytes.size());
     blocks_.reserve(blocks_.size() + 1);
-    b.data = static_cast<char*>(Allocate(b.size));
+    b.data = static_cast<char*>(os::AllocateZeroed(b.size));
     blocks_.push_back(b);
   }
   Block& b = blocks_.back();

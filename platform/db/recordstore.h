@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/os/pages.h"
+
 enum TColumnKind : uint8_t { ckInteger, ckFloat, ckText, ckBlob };
 
 class TRecordStore {
@@ -101,14 +103,7 @@ class TRecordStore {
   void MarkDeleted(RowId row);
   bool IsDeleted(RowId row) const { return (row >> 6) < deleted_.size() && ((deleted_[row >> 6] >> (row & 63)) & 1); }
 
-
  private:
-  // Memory of the columns, zeroed. Pieces of 2 MB and more are aligned so
-  // that the system may back them with huge pages: a large fetch then takes
-  // one page fault per 2 MB instead of one per 4 KB.
-  static void* Allocate(size_t bytes);
-  static void Release(void* memory, size_t bytes);
-
   // A vector in chunks that double in size: growing never moves what is
   // there, a small table takes little room and a large one few big chunks.
   template <class T>
@@ -124,7 +119,7 @@ class TRecordStore {
       return *this;
     }
     ~Chunked() {
-      for (size_t k = 0; k < chunks_.size(); ++k) Release(chunks_[k], ChunkBytes(k));
+      for (size_t k = 0; k < chunks_.size(); ++k) os::ReleaseZeroed(chunks_[k], ChunkBytes(k));
     }
 
     T& operator[](size_t i) {
@@ -140,7 +135,7 @@ class TRecordStore {
       size_ += count;
       while (First(chunks_.size()) < size_) {
         chunks_.reserve(chunks_.size() + 1);
-        chunks_.push_back(static_cast<T*>(Allocate(ChunkBytes(chunks_.size()))));
+        chunks_.push_back(static_cast<T*>(os::AllocateZeroed(ChunkBytes(chunks_.size()))));
       }
     }
     size_t size() const { return size_; }
