@@ -335,11 +335,6 @@ class TVeskBody : public Base, public TVeskFilterHost, public TVeskStateHost {
   // Lines "key=value" of single-row lookups (at most 1000 are kept).
   const TStringList* LookupCache() const requires Traits::SessionGroup { return &lookupCache_; }
 
-  // Object columns as whole objects rather than split into fields; kept
-  // with the Oracle members and carried by query documents.
-  bool ObjectView() const requires kOra { return objectView_; }
-  void SetObjectView(bool Value) requires kOra { objectView_ = Value; }
-
   // ---- Locate and Lookup ----
   // Replace Locate and Lookup altogether when assigned. Inside its own
   // handler, Locate (or Lookup) is the ordinary one, so that a handler may
@@ -472,7 +467,6 @@ class TVeskBody : public Base, public TVeskFilterHost, public TVeskStateHost {
   bool inLocateEvent_ = false;
   bool inLookupEvent_ = false;
   // Stored for the documents that carry it; object fields are not split.
-  bool objectView_ = false;
 };
 
 // Publishes the body's properties of the member's groups; called from each

@@ -1094,7 +1094,6 @@ void PublishVeskBody(TPublisher<C>& r) {
   r.Prop(u"XTTShowSummary", &C::XTTShowSummary, &C::SetXTTShowSummary).Default = 0;
   r.Prop(u"XTTSummary", &C::XTTSummary, &C::SetXTTSummary);
   r.Prop(u"OnXTTChangeSum", &C::OnXTTChangeSum);
-  if constexpr (C::kOra) r.Prop(u"ObjectView", &C::ObjectView, &C::SetObjectView).Default = 0;
   r.Command(u"SearchCmdFirst", &C::SetSearchCmdFirst);
   r.Command(u"SearchCmdNext", &C::SetSearchCmdNext);
   r.Command(u"DefValCmdSet", &C::SetDefValCmdSet);

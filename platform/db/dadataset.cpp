@@ -546,6 +546,7 @@ void TOraDataSetOptions::Assign(TPersistent* Source) {
 KELMAR_PUBLISH(TOraDataSet) {
   r.Prop(u"LockMode", &TOraDataSet::LockMode, &TOraDataSet::SetLockMode).Default = 0;
   r.Prop(u"Options", &TOraDataSet::Options, &TOraDataSet::SetOptions);
+  r.Prop(u"ObjectView", &TOraDataSet::ObjectView, &TOraDataSet::SetObjectView).Default = 0;
 }
 
 TOraDataSet::TOraDataSet(TComponent* AOwner)

@@ -230,9 +230,14 @@ class TOraDataSet : public TCustomDADataSet {
   void SetLockMode(TLockMode value) { lockMode_ = value; }
   TOraDataSetOptions* Options() const { return options_.get(); }
   void SetOptions(TOraDataSetOptions* value) { options_->Assign(value); }
+  // Object columns as whole objects rather than split into fields. The
+  // embedded engine has no object columns; the setting is kept and stored.
+  bool ObjectView() const { return objectView_; }
+  void SetObjectView(bool value) { objectView_ = value; }
 
  private:
   TLockMode lockMode_ = lmNone;
+  bool objectView_ = false;
   std::unique_ptr<TOraDataSetOptions> options_;
 };
 
