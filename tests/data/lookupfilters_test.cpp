@@ -37,10 +37,7 @@ class LookupFilterTest : public KitDbTest {
     q_->Open();
   }
   TField* Add(TField* field, const String& name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q_);
-    return field;
+    return AddPersistentField(q_, field, name, kind);
   }
   // The IDs of the visible rows, in order.
   std::vector<int> Ids() {

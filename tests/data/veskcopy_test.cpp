@@ -110,10 +110,7 @@ TEST_F(KitDbTest, DittoPutsTheRecordBackWhenReadingTheOneBeforeFails) {
   TVeskODACQuery* q = NewQuery();
   q->SQL()->SetText(u"SELECT ID, NAME FROM GOODS ORDER BY ID");
   auto add = [q](TField* field, const String& name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q);
-    return field;
+    return AddPersistentField(q, field, name, kind);
   };
   add(new TIntegerField(q), u"ID", fkData);
   add(new TStringField(q), u"NAME", fkData);
@@ -249,10 +246,7 @@ TEST_F(KitDbTest, DuplicateRecordKeepsTheKeyOfALookupWhoseTextRepeats) {
   q->SQL()->SetText(u"SELECT * FROM ORDERS");
   q->SQLInsert()->SetText(u"INSERT INTO ORDERS (NUM, PARTNER_ID) VALUES (:NUM, :PARTNER_ID)");
   auto add = [q](TField* field, const String& name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q);
-    return field;
+    return AddPersistentField(q, field, name, kind);
   };
   add(new TIntegerField(q), u"NUM", fkData);
   add(new TIntegerField(q), u"PARTNER_ID", fkData);

@@ -54,10 +54,7 @@ TEST_F(KitDbTest, DefaultsOfCalculatedAndLookupFieldsGoToTheirSources) {
   TVeskODACQuery* q = NewQuery();
   q->SQL()->SetText(u"SELECT ID, NAME, QTY FROM GOODS ORDER BY ID");
   auto add = [q](TField* field, const String& name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q);
-    return field;
+    return AddPersistentField(q, field, name, kind);
   };
   add(new TIntegerField(q), u"ID", fkData);
   add(new TStringField(q), u"NAME", fkData);

@@ -123,10 +123,7 @@ class VeskVirtTest : public KitDbTest {
     ASSERT_EQ(virt_->LoadFromDataSet(&source), 5);
   }
   TField* Add(TField* field, const String& name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(virt_);
-    return field;
+    return AddPersistentField(virt_, field, name, kind);
   }
   TField* F(const String& name) { return virt_->FieldByName(name); }
   // The IDs of the visible rows, in order.

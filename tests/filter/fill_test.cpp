@@ -41,21 +41,13 @@ TScriptedUserInterface::TFormScript Type(TTyping t) {
 
 class FindFilterTest : public KitDbTest {
  protected:
-  TVeskODACQuery* Goods(const String& alias = String()) {
-    TVeskODACQuery* q = NewQuery();
-    q->SetVeskAlias(alias);
-    q->SetVeskTableLive(u"GOODS");
-    q->SetVeskGroupField(alias.IsEmpty() ? u"ID" : alias + u".ID");
-    q->Open();
-    return q;
-  }
 
   TScriptedUserInterface ui;
   TUserInterfaceScope scope{ui};
 };
 
 TEST_F(FindFilterTest, SetExprFiltersNumbersAndTextThroughTheEngine) {
-  TVeskODACQuery* q = Goods(u"G");
+  TVeskODACQuery* q = ComposedGoods(u"G");
   q->SetFilterCmdSetExpr(u"PRICE=>=3,<10");
   EXPECT_EQ(Ids(q), u"2,3,5");
   EXPECT_NE(q->VeskFilter().Pos(u"((G.PRICE>=3) AND (G.PRICE<10))"), 0) << q->VeskFilter();
@@ -75,7 +67,7 @@ TEST_F(FindFilterTest, SetExprFiltersNumbersAndTextThroughTheEngine) {
 }
 
 TEST_F(FindFilterTest, SetExprIgnoresTextsWithoutAFieldAndUnknownFields) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->SetFilterCmdSetExpr(u"QTY=>5");
   const String filter = q->VeskFilter();
   for (const char16_t* text : {u"=5", u"Q", u"", u"QTY", u"COLOUR=red"}) {
@@ -86,7 +78,7 @@ TEST_F(FindFilterTest, SetExprIgnoresTextsWithoutAFieldAndUnknownFields) {
 }
 
 TEST_F(FindFilterTest, ARejectedConditionRestoresTheEarlierFilter) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->SetFilterCmdSetExpr(u"PRICE=>3");
   const String filter = q->VeskFilter();
   // The quote closes the literal early; the engine refuses the statement.
@@ -102,7 +94,7 @@ TEST_F(FindFilterTest, ARejectedConditionRestoresTheEarlierFilter) {
 }
 
 TEST_F(FindFilterTest, ARefusedDialogueConditionRestoresTheListAndTheQuery) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->SetFilterCmdSetExpr(u"PRICE=>3");
   const String filter = q->VeskFilter();
   ui.ExpectForm(u"TFindFilterForm", Type({String(), 0, false, u"it's"}));
@@ -120,7 +112,7 @@ TEST_F(FindFilterTest, ARefusedDialogueConditionRestoresTheListAndTheQuery) {
 }
 
 TEST_F(FindFilterTest, OneClickServerFiltersNestAndARefusalIsShown) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->SetVeskSQLServer(true);
   EXPECT_TRUE(q->setFilter(q->FieldByName(u"NAME"), u"Apricot", false, nullptr));
   EXPECT_EQ(q->VeskFilter(), u"NAME='Apricot'");
@@ -145,7 +137,7 @@ TEST_F(FindFilterTest, OneClickServerFiltersNestAndARefusalIsShown) {
 }
 
 TEST_F(FindFilterTest, OneClickWithoutValueOpensTheDialogueOnTheField) {
-  TVeskODACQuery* q = Goods(u"G");
+  TVeskODACQuery* q = ComposedGoods(u"G");
   q->SetVeskSQLServer(true);
   TComponent grid(nullptr);
   ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
@@ -193,7 +185,7 @@ TEST_F(FindFilterTest, TheDialogueAppliesEveryTextOption) {
       {2, false, u"b", u"3,4"},      {2, true, u"b", u""},           {0, true, u"Apple", u"1"},
       {0, true, u"apple", u""},      {0, false, u"apple", u"1"},     {1, false, u"e,r", u"3,4"},
   };
-  TVeskODACQuery* q = Goods(u"G");
+  TVeskODACQuery* q = ComposedGoods(u"G");
   for (const Case& c : cases) {
     ui.ExpectForm(u"TFindFilterForm", Type({String(), c.Option, c.CaseSensitive, c.Value}));
     q->SetFilterCmdShow(u"NAME");
@@ -206,7 +198,7 @@ TEST_F(FindFilterTest, TheDialogueAppliesEveryTextOption) {
 }
 
 TEST_F(FindFilterTest, CancelAndAnEmptyDialogue) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->SetFilterCmdSetExpr(u"QTY=>5");
   const String filter = q->VeskFilter();
   ui.ExpectForm(u"TFindFilterForm", [](TCustomForm& f) {
@@ -231,7 +223,7 @@ TEST_F(FindFilterTest, CancelAndAnEmptyDialogue) {
 }
 
 TEST_F(FindFilterTest, ABadNumberIsRefusedWithTheLanguagesMessage) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   // The message comes while the form runs.
   ui.ExpectForm(u"TFindFilterForm", [this](TCustomForm& f) {
     ui.ExpectMessageDlg(u"Valoare filtru incorecta:1.5x", mrOk);
@@ -253,7 +245,7 @@ TEST_F(FindFilterTest, ABadNumberIsRefusedWithTheLanguagesMessage) {
 }
 
 TEST_F(FindFilterTest, KeysOfNumberFieldsAreFiltered) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   TFindFilterForm form(nullptr, q->ListFilts(), u"PRICE", 0);
   auto typed = [&](WideChar key) {
     form.ValueKeyPress(form.Value, key);
@@ -291,7 +283,7 @@ TEST_F(FindFilterTest, LookupRowsSelectThroughTheirTable) {
   for (const char16_t* sql : {u"INSERT INTO CATS VALUES (1, 'Fruit')", u"INSERT INTO CATS VALUES (2, 'Fruit')",
                               u"INSERT INTO CATS VALUES (3, 'Dairy')", u"INSERT INTO CATS VALUES (5, 'Dairy')"})
     Exec(sql);
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   q->ListFilts()->AddRecord(u"Category", u"S", u"CATEGORY", u"CATS", u"ID", u"NAME", u"ID", u"2");
   // "Cod": the condition goes to the lookup table's result column.
   ui.ExpectForm(u"TFindFilterForm", Type({u"Category", 1, false, u"fru", 0}));
@@ -351,7 +343,7 @@ class TLanguageForm : public TForm {
 };
 
 TEST_F(FindFilterTest, CaptionsFollowTheMainFormsLanguage) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   struct Case {
     int Answer;
     int Language;
@@ -379,7 +371,7 @@ TEST_F(FindFilterTest, CaptionsFollowTheMainFormsLanguage) {
 }
 
 TEST_F(FindFilterTest, TheFormEditsItsGridAndWritesBackOnlyOnOk) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   TListFilts* list = q->ListFilts();
   {
     TFindFilterForm form(nullptr, list, u"NAME", 0);

@@ -18,14 +18,6 @@ String Ids(TDataSet* q) {
 
 class FilterStateTest : public KitDbTest {
  protected:
-  TVeskODACQuery* Goods(const String& alias = String()) {
-    TVeskODACQuery* q = NewQuery();
-    q->SetVeskAlias(alias);
-    q->SetVeskTableLive(u"GOODS");
-    q->SetVeskGroupField(alias.IsEmpty() ? u"ID" : alias + u".ID");
-    q->Open();
-    return q;
-  }
   // An in-memory member with ID and NAME, rows 1 "Apple", 2 "Bread".
   TVeskVirt* Virt() {
     auto* v = new TVeskVirt(owner_.get());
@@ -46,7 +38,7 @@ class FilterStateTest : public KitDbTest {
 };
 
 TEST_F(FilterStateTest, ADatasetIsFilteredByAnyOfItsFiveSources) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   EXPECT_FALSE(GetFiltered(q));
   // The generated condition: VeskFilter and FilterText both.
   q->SetFilterCmdSetExpr(u"PRICE=>3");
@@ -94,7 +86,7 @@ TEST_F(FilterStateTest, TheInMemoryMemberHasOnlyFilterAndTheLists) {
 }
 
 TEST_F(FilterStateTest, AFieldIsFilteredByItsListsOrItsRowOfTheFilterList) {
-  TVeskODACQuery* q = Goods(u"G");
+  TVeskODACQuery* q = ComposedGoods(u"G");
   EXPECT_FALSE(GetFiltered(q->FieldByName(u"PRICE")));
   // The row is found behind the alias. (The reopen makes the fields anew.)
   q->SetFilterCmdSetExpr(u"PRICE=<4");
@@ -116,10 +108,7 @@ TEST_F(FilterStateTest, ALookupFilterMarksTheLookupColumnAndItsKey) {
   TVeskODACQuery* q = NewQuery(u"qOrders");
   q->SQL()->SetText(u"SELECT ID, GOODS_ID FROM ORDERS ORDER BY ID");
   auto add = [q](TField* field, const char16_t* name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q);
-    return field;
+    return AddPersistentField(q, field, name, kind);
   };
   add(new TIntegerField(q), u"ID", fkData);
   TField* key = add(new TIntegerField(q), u"GOODS_ID", fkData);
@@ -144,7 +133,7 @@ TEST_F(FilterStateTest, ALookupFilterMarksTheLookupColumnAndItsKey) {
 }
 
 TEST_F(FilterStateTest, SearchedAfterTheFirstSearchOnEveryMember) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   TVeskVirt* v = Virt();
   for (TDataSet* ds : {static_cast<TDataSet*>(q), static_cast<TDataSet*>(v)}) {
     EXPECT_FALSE(GetSearched(ds));
@@ -164,7 +153,7 @@ TEST_F(FilterStateTest, SearchedAfterTheFirstSearchOnEveryMember) {
 }
 
 TEST_F(FilterStateTest, DefaultValuesReadAsACaptionText) {
-  TVeskODACQuery* q = Goods();
+  TVeskODACQuery* q = ComposedGoods();
   EXPECT_EQ(GetDefValue(q), u"");
   q->setDefFV(q->FieldByName(u"NAME"), false);
   q->setDefFV(q->FieldByName(u"QTY"), false);

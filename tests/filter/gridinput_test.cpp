@@ -65,10 +65,7 @@ class GridInputTest : public KitDbTest {
     KitDbTest::TearDown();
   }
   TField* Add(TField* field, const char16_t* name, TFieldKind kind) {
-    field->SetFieldName(name);
-    field->SetFieldKind(kind);
-    field->SetDataSet(q_);
-    return field;
+    return AddPersistentField(q_, field, name, kind);
   }
 
   TScriptedUserInterface ui_;

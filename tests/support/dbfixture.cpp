@@ -1,6 +1,7 @@
 #include "tests/support/dbfixture.h"
 
 #include "drivers/sqlite/sqlitedriver.h"
+#include "platform/db/fields.h"
 
 TFaultPlan& TFaultPlan::Current() {
   static TFaultPlan plan;
@@ -127,4 +128,11 @@ void FaultDbTest::SetUp() {
 void FaultDbTest::TearDown() {
   owner_.reset();
   TFaultPlan::Current().Reset();
+}
+
+TField* AddPersistentField(TDataSet* DataSet, TField* Field, const String& Name, TFieldKind Kind) {
+  Field->SetFieldName(Name);
+  Field->SetFieldKind(Kind);
+  Field->SetDataSet(DataSet);
+  return Field;
 }

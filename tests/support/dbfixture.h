@@ -28,6 +28,10 @@ struct TFaultPlan {
 // Registers the "sqlite" driver and the "fault" driver that wraps it.
 void RegisterTestDrivers();
 
+// Makes Field the persistent field Name of the kind on DataSet (which
+// owns it) and returns it, for tests that design their fields.
+TField* AddPersistentField(TDataSet* DataSet, TField* Field, const String& Name, TFieldKind Kind);
+
 // A fresh in-memory database behind a connected session.
 class DbTest : public ::testing::Test {
  protected:

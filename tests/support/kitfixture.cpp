@@ -49,3 +49,12 @@ TVeskODACQuery* KitDbTest::OpenGoods(const String& name) {
   q->Open();
   return q;
 }
+
+TVeskODACQuery* KitDbTest::ComposedGoods(const String& alias) {
+  TVeskODACQuery* q = NewQuery();
+  q->SetVeskAlias(alias);
+  q->SetVeskTableLive(u"GOODS");
+  q->SetVeskGroupField(alias.IsEmpty() ? u"ID" : alias + u".ID");
+  q->Open();
+  return q;
+}

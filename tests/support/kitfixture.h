@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "data/veskodacquerylib.h"
+#include "tests/support/dbfixture.h"
 
 // GOODS(ID, CODE, NAME, PRICE, QTY) holds five rows:
 //   1 A01 Apple   2.5  10      4 B02 Bread   1.2  NULL
@@ -27,6 +28,9 @@ class KitDbTest : public ::testing::Test {
   TVeskODACQuery* NewQuery(const String& name = u"qGoods");
   // The same over "SELECT * FROM GOODS ORDER BY ID", opened.
   TVeskODACQuery* OpenGoods(const String& name = u"qGoods");
+  // GOODS composed by the dataset itself (VeskTableLive, ordered by ID,
+  // under the alias when one is given), opened.
+  TVeskODACQuery* ComposedGoods(const String& alias = String());
 
   std::unique_ptr<TComponent> owner_;
   TOraSession* session_ = nullptr;
