@@ -342,17 +342,7 @@ std::string_view TSQLiteStatement::AsBytes(int column) const {
 }
 
 TDbStatus TSQLiteStatement::FetchBlock(TDbBlock& block, int maxRows) {
-  const int columns = ColumnCount();
-  block.Reset(columns);
-  while (block.Rows < maxRows) {
-    bool row = false;
-    TDbStatus status = Fetch(row);
-    if (!status) return status;
-    if (!row) break;
-    for (int c = 0; c < columns; ++c) ReadCell(c, block.Columns[static_cast<size_t>(c)]);
-    ++block.Rows;
-  }
-  return TDbStatus::Ok();
+  return FetchRowsInto(block, maxRows, [this](int c, TDbColumnCells& cells) { ReadCell(c, cells); });
 }
 
 // The same values as Kind and the As... readers, through one

@@ -32,27 +32,16 @@ void TDbBlock::Reset(int columns) {
 }
 
 TDbStatus TDbStatement::FetchBlock(TDbBlock& block, int maxRows) {
-  const int columns = ColumnCount();
-  block.Reset(columns);
-  while (block.Rows < maxRows) {
-    bool row = false;
-    TDbStatus status = Fetch(row);
-    if (!status) return status;
-    if (!row) break;
-    for (int c = 0; c < columns; ++c) {
-      TDbColumnCells& cells = block.Columns[static_cast<size_t>(c)];
-      switch (const TDbKind kind = Kind(c)) {
-        case dkNull: cells.AddNull(); break;
-        case dkInteger: cells.AddInteger(AsInteger(c)); break;
-        case dkFloat:
-        case dkDate: cells.AddFloat(kind, AsFloat(c)); break;
-        case dkText: cells.AddBytes(kind, AsUtf8(c)); break;
-        case dkBlob: cells.AddBytes(kind, AsBytes(c)); break;
-      }
+  return FetchRowsInto(block, maxRows, [this](int c, TDbColumnCells& cells) {
+    switch (const TDbKind kind = Kind(c)) {
+      case dkNull: cells.AddNull(); break;
+      case dkInteger: cells.AddInteger(AsInteger(c)); break;
+      case dkFloat:
+      case dkDate: cells.AddFloat(kind, AsFloat(c)); break;
+      case dkText: cells.AddBytes(kind, AsUtf8(c)); break;
+      case dkBlob: cells.AddBytes(kind, AsBytes(c)); break;
     }
-    ++block.Rows;
-  }
-  return TDbStatus::Ok();
+  });
 }
 
 namespace {

@@ -169,6 +169,24 @@ class TDbStatement {
   // AsInteger, AsFloat, AsUtf8 or AsBytes. The default goes through the
   // row readers; a driver overrides it to save the calls per value.
   virtual TDbStatus FetchBlock(TDbBlock& block, int maxRows);
+
+ protected:
+  // The loop of FetchBlock with a driver's own reader of one value,
+  // `read(column, cells)`, inlined into it.
+  template <class ReadCell>
+  TDbStatus FetchRowsInto(TDbBlock& block, int maxRows, ReadCell&& read) {
+    const int columns = ColumnCount();
+    block.Reset(columns);
+    while (block.Rows < maxRows) {
+      bool row = false;
+      TDbStatus status = Fetch(row);
+      if (!status) return status;
+      if (!row) break;
+      for (int c = 0; c < columns; ++c) read(c, block.Columns[static_cast<size_t>(c)]);
+      ++block.Rows;
+    }
+    return TDbStatus::Ok();
+  }
 };
 
 // ---- Connections -----------------------------------------------------------
