@@ -112,11 +112,7 @@ TEST_F(FilterStateTest, ALookupFilterMarksTheLookupColumnAndItsKey) {
   };
   add(new TIntegerField(q), u"ID", fkData);
   TField* key = add(new TIntegerField(q), u"GOODS_ID", fkData);
-  TField* shown = add(new TStringField(q), u"GOODS_NAME", fkLookup);
-  shown->SetKeyFields(u"GOODS_ID");
-  shown->SetLookupDataSet(goods);
-  shown->SetLookupKeyFields(u"ID");
-  shown->SetLookupResultField(u"NAME");
+  TField* shown = AddLookupField(q, u"GOODS_NAME", u"GOODS_ID", goods, u"ID", u"NAME");
   q->Open();
   EXPECT_FALSE(GetFiltered(shown));
   EXPECT_TRUE(q->setFilter(shown, u"apr", false, nullptr));

@@ -52,11 +52,7 @@ class GridInputTest : public KitDbTest {
     Add(new TIntegerField(q_), u"ID", fkData);
     Add(new TIntegerField(q_), u"GOODS_ID", fkData);
     Add(new TStringField(q_), u"NOTE", fkData);
-    name_ = Add(new TStringField(q_), u"GOODS_NAME", fkLookup);
-    name_->SetKeyFields(u"GOODS_ID");
-    name_->SetLookupDataSet(goods);
-    name_->SetLookupKeyFields(u"ID");
-    name_->SetLookupResultField(u"NAME");
+    name_ = AddLookupField(q_, u"GOODS_NAME", u"GOODS_ID", goods, u"ID", u"NAME");
     q_->Open();
   }
   void TearDown() override {

@@ -136,3 +136,13 @@ TField* AddPersistentField(TDataSet* DataSet, TField* Field, const String& Name,
   Field->SetDataSet(DataSet);
   return Field;
 }
+
+TField* AddLookupField(TDataSet* DataSet, const String& Name, const String& KeyFields, TDataSet* Lookup,
+                       const String& LookupKeyFields, const String& ResultField) {
+  TField* field = AddPersistentField(DataSet, new TStringField(DataSet), Name, fkLookup);
+  field->SetKeyFields(KeyFields);
+  field->SetLookupDataSet(Lookup);
+  field->SetLookupKeyFields(LookupKeyFields);
+  field->SetLookupResultField(ResultField);
+  return field;
+}

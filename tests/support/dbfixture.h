@@ -31,6 +31,10 @@ void RegisterTestDrivers();
 // Makes Field the persistent field Name of the kind on DataSet (which
 // owns it) and returns it, for tests that design their fields.
 TField* AddPersistentField(TDataSet* DataSet, TField* Field, const String& Name, TFieldKind Kind);
+// A persistent text lookup field Name on DataSet: ResultField of the
+// Lookup record whose LookupKeyFields equal DataSet's KeyFields.
+TField* AddLookupField(TDataSet* DataSet, const String& Name, const String& KeyFields, TDataSet* Lookup,
+                       const String& LookupKeyFields, const String& ResultField);
 
 // A fresh in-memory database behind a connected session.
 class DbTest : public ::testing::Test {
